@@ -1,0 +1,260 @@
+#include "TestSupport.h"
+
+#include "foundation/Files.h"
+#include "foundation/Paths.h"
+
+#include <gtest/gtest.h>
+
+#include <tlhelp32.h>
+
+#include <atomic>
+#include <filesystem>
+#include <system_error>
+
+namespace korvane::testing {
+
+Text BinaryDirectory()
+{
+    wchar_t buffer[32768] = {};
+    const DWORD length = GetModuleFileNameW(nullptr, buffer, static_cast<DWORD>(std::size(buffer)));
+    return ParentPath(TextView(buffer, length));
+}
+
+Text BuiltLauncherPath()
+{
+    return JoinPath(BinaryDirectory(), L"KorvaneEditor.exe");
+}
+
+Text StandinPath(TextView fileName)
+{
+    return JoinPath(JoinPath(BinaryDirectory(), L"standins"), fileName);
+}
+
+namespace {
+
+std::atomic<unsigned> scratchCounter{0};
+
+Text TempFolder()
+{
+    wchar_t buffer[MAX_PATH + 1] = {};
+    const DWORD length = GetTempPathW(static_cast<DWORD>(std::size(buffer)), buffer);
+    return NormalizePath(TextView(buffer, length));
+}
+
+}  // namespace
+
+ScratchDirectory::ScratchDirectory(TextView label)
+{
+    const Text base = JoinPath(TempFolder(), L"korvane-tests");
+    path_ = JoinPath(base, Text(label) + L"-" + DecimalText(GetCurrentProcessId()) + L"-" +
+        DecimalText(GetTickCount64()) + L"-" + DecimalText(scratchCounter.fetch_add(1)));
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
+    MakeDirectories(path_);
+}
+
+ScratchDirectory::~ScratchDirectory()
+{
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
+}
+
+Text ScratchDirectory::operator/(TextView relative) const
+{
+    return JoinPath(path_, relative);
+}
+
+void MakeDirectories(TextView path)
+{
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(Text(path)), error);
+    ASSERT_TRUE(IsDirectory(path)) << "cannot create folder";
+}
+
+void WriteFileBytes(TextView path, BytesView bytes)
+{
+    MakeDirectories(ParentPath(path));
+    ASSERT_TRUE(WriteWholeFile(path, bytes)) << "cannot write file";
+}
+
+void WriteFileText(TextView path, TextView text)
+{
+    WriteFileBytes(path, TextToUtf8(text));
+}
+
+Bytes ReadFileBytes(TextView path)
+{
+    return ReadWholeFile(path, 0x7FFFFFFF);
+}
+
+bool FileExists(TextView path)
+{
+    return GetFileAttributesW(Text(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void CopyFileTo(TextView from, TextView to)
+{
+    MakeDirectories(ParentPath(to));
+    ASSERT_TRUE(CopyFileW(Text(from).c_str(), Text(to).c_str(), FALSE)) << "cannot copy file";
+}
+
+Bytes ReadRealData(TextView relativePath)
+{
+    const Bytes bytes = ReadFileBytes(JoinPath(JoinPath(BinaryDirectory(), L"testdata\\realdata"), relativePath));
+    EXPECT_FALSE(bytes.empty()) << "real-data sample missing";
+    return bytes;
+}
+
+Text BuildCommandLine(TextView executable, const std::vector<Text>& arguments)
+{
+    Text commandLine = QuoteCommandArgument(executable);
+    for (const Text& argument : arguments) {
+        commandLine += L' ';
+        commandLine += QuoteCommandArgument(argument);
+    }
+    return commandLine;
+}
+
+namespace {
+
+// The environment block for a child: this process's variables with `changes` applied.
+std::vector<wchar_t> BuildEnvironment(const std::map<Text, std::optional<Text>>& changes)
+{
+    std::map<Text, Text> variables;
+    std::map<Text, Text> spelled;  // folded name -> name as spelled
+    if (wchar_t* block = GetEnvironmentStringsW()) {
+        for (const wchar_t* entry = block; *entry != L'\0'; entry += wcslen(entry) + 1) {
+            const TextView text(entry);
+            const size_t equals = text.find(L'=', 1);
+            if (equals == TextView::npos) {
+                continue;
+            }
+            const Text name(text.substr(0, equals));
+            variables[FoldAsciiCase(name)] = Text(text.substr(equals + 1));
+            spelled[FoldAsciiCase(name)] = name;
+        }
+        FreeEnvironmentStringsW(block);
+    }
+    for (const auto& [name, value] : changes) {
+        const Text folded = FoldAsciiCase(name);
+        if (value) {
+            variables[folded] = *value;
+            spelled[folded] = name;
+        } else {
+            variables.erase(folded);
+        }
+    }
+    std::vector<wchar_t> environment;
+    for (const auto& [folded, value] : variables) {
+        const Text entry = spelled[folded] + L"=" + value;
+        environment.insert(environment.end(), entry.begin(), entry.end());
+        environment.push_back(L'\0');
+    }
+    environment.push_back(L'\0');
+    return environment;
+}
+
+}  // namespace
+
+ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options)
+{
+    ChildProcess child;
+    Text commandLine = BuildCommandLine(executable, arguments);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    if (options.hidden) {
+        startup.dwFlags = STARTF_USESHOWWINDOW;
+        startup.wShowWindow = SW_HIDE;
+    }
+    std::vector<wchar_t> environment;
+    if (!options.environment.empty()) {
+        environment = BuildEnvironment(options.environment);
+    }
+    PROCESS_INFORMATION information{};
+    const Text application(executable);
+    if (!CreateProcessW(application.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+            CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.empty() ? nullptr : environment.data(),
+            options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str(), &startup, &information)) {
+        ADD_FAILURE() << "cannot start child process, error " << GetLastError();
+        return child;
+    }
+    child.process_.Reset(information.hProcess);
+    UniqueHandle thread(information.hThread);
+    child.id_ = information.dwProcessId;
+    // The job lets a test kill whatever the child left running; nothing kills on close, so
+    // a child that is meant to outlive its parent can.
+    child.job_.Reset(CreateJobObjectW(nullptr, nullptr));
+    if (child.job_ && !AssignProcessToJobObject(child.job_.Get(), child.process_.Get())) {
+        child.job_.Reset();
+    }
+    ResumeThread(thread.Get());
+    return child;
+}
+
+ChildProcess::~ChildProcess()
+{
+    if (process_ && WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT) {
+        Kill();
+    }
+}
+
+bool ChildProcess::Wait(DWORD timeoutMs)
+{
+    return process_ && WaitForSingleObject(process_.Get(), timeoutMs) == WAIT_OBJECT_0;
+}
+
+DWORD ChildProcess::ExitCode() const
+{
+    DWORD code = 0xFFFFFFFF;
+    if (process_) {
+        GetExitCodeProcess(process_.Get(), &code);
+    }
+    return code;
+}
+
+void ChildProcess::Kill()
+{
+    if (job_) {
+        TerminateJobObject(job_.Get(), 0xDEAD);
+    }
+    if (process_) {
+        TerminateProcess(process_.Get(), 0xDEAD);
+        WaitForSingleObject(process_.Get(), 5000);
+    }
+}
+
+ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options)
+{
+    ProcessResult result;
+    ChildProcess child = ChildProcess::Start(executable, arguments, options);
+    if (!child.IsStarted()) {
+        result.exitCode = 0xFFFFFFFF;
+        return result;
+    }
+    if (!child.Wait(options.timeoutMs)) {
+        result.timedOut = true;
+        ADD_FAILURE() << "child process did not end in time";
+        child.Kill();
+    }
+    result.exitCode = child.ExitCode();
+    return result;
+}
+
+std::vector<DWORD> ProcessesNamed(TextView fileName)
+{
+    std::vector<DWORD> ids;
+    UniqueSnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    if (!snapshot) {
+        return ids;
+    }
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof(entry);
+    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more; more = Process32NextW(snapshot.Get(), &entry)) {
+        if (EqualsIgnoringCase(entry.szExeFile, fileName)) {
+            ids.push_back(entry.th32ProcessID);
+        }
+    }
+    return ids;
+}
+
+}  // namespace korvane::testing

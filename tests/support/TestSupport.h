@@ -1,0 +1,101 @@
+#pragma once
+// Helpers shared by the test programs: scratch folders that clean up after themselves,
+// files, and real child processes (the launcher and the stand-ins) with their exit codes.
+
+#include "foundation/Text.h"
+#include "foundation/UniqueResource.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace korvane::testing {
+
+// Folder of the running test program; the launcher and the stand-ins are built beside it.
+Text BinaryDirectory();
+// The launcher as built: bin\KorvaneEditor.exe.
+Text BuiltLauncherPath();
+// A stand-in program: bin\standins\<name>.
+Text StandinPath(TextView fileName);
+
+// A fresh, empty folder below %TEMP%\korvane-tests, removed with everything in it when the
+// object goes. `label` makes the name readable; the process id and a counter make it unique.
+class ScratchDirectory {
+public:
+    explicit ScratchDirectory(TextView label = L"scratch");
+    ~ScratchDirectory();
+    ScratchDirectory(const ScratchDirectory&) = delete;
+    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+    const Text& Path() const noexcept { return path_; }
+    // Path() joined with a relative path.
+    Text operator/(TextView relative) const;
+
+private:
+    Text path_;
+};
+
+// Creates the folder and all missing parents; fails the test when it cannot.
+void MakeDirectories(TextView path);
+// Writes the bytes, creating missing parent folders.
+void WriteFileBytes(TextView path, BytesView bytes);
+void WriteFileText(TextView path, TextView text);  // as UTF-8, no byte-order mark
+// All bytes of a file; empty for a missing file.
+Bytes ReadFileBytes(TextView path);
+bool FileExists(TextView path);
+void CopyFileTo(TextView from, TextView to);
+// Contents of a real-data sample file (../shared/realdata relative to the source tree).
+Bytes ReadRealData(TextView relativePath);
+
+struct ProcessOptions {
+    Text currentDirectory;                      // empty: the caller's
+    std::map<Text, std::optional<Text>> environment;  // changes to the caller's; nullopt removes
+    DWORD timeoutMs = 120000;                   // a hung child fails the test, then is killed
+    bool hidden = true;
+};
+
+struct ProcessResult {
+    DWORD exitCode = 0;
+    bool timedOut = false;
+};
+
+// A started child. Killed (with its process tree, through a job) when the object goes
+// while it still runs.
+class ChildProcess {
+public:
+    ChildProcess() = default;
+    ChildProcess(ChildProcess&&) noexcept = default;
+    ChildProcess& operator=(ChildProcess&&) noexcept = default;
+    ~ChildProcess();
+
+    static ChildProcess Start(TextView executable, const std::vector<Text>& arguments,
+        const ProcessOptions& options = {});
+
+    bool IsStarted() const noexcept { return process_.IsValid(); }
+    DWORD Id() const noexcept { return id_; }
+    HANDLE Handle() const noexcept { return process_.Get(); }
+    // True when it ended within `timeoutMs`.
+    bool Wait(DWORD timeoutMs);
+    DWORD ExitCode() const;
+    void Kill();
+
+private:
+    UniqueHandle process_;
+    UniqueHandle job_;
+    DWORD id_ = 0;
+};
+
+// Starts, waits up to options.timeoutMs, kills on time-out.
+ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options = {});
+
+// The command line that CommandLineToArgvW splits back into `executable` and `arguments`.
+Text BuildCommandLine(TextView executable, const std::vector<Text>& arguments);
+
+// Process ids of all running processes whose image file name equals `fileName`
+// (case ignored), from a toolhelp snapshot.
+std::vector<DWORD> ProcessesNamed(TextView fileName);
+
+}  // namespace korvane::testing
