@@ -1,0 +1,73 @@
+// A bare Win32 window that reports when its first paint has ended: the baseline for the
+// start-up window's first paint. Argument: the report path. The report is one decimal
+// number, milliseconds from process start (GetTickCount64 at entry) to the end of the first
+// paint, plus 1.
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+ULONGLONG startTick = 0;
+std::wstring reportPath;
+bool painted = false;
+
+LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        HDC dc = BeginPaint(window, &paint);
+        RECT client;
+        GetClientRect(window, &client);
+        HBRUSH brush = CreateSolidBrush(RGB(7, 17, 31));
+        FillRect(dc, &client, brush);
+        DeleteObject(brush);
+        EndPaint(window, &paint);
+        if (!painted) {
+            painted = true;
+            const ULONGLONG elapsed = GetTickCount64() - startTick + 1;
+            HANDLE file = CreateFileW(reportPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+            if (file != INVALID_HANDLE_VALUE) {
+                char text[32];
+                const int length = std::snprintf(text, sizeof(text), "%llu", elapsed);
+                DWORD written = 0;
+                WriteFile(file, text, static_cast<DWORD>(length), &written, nullptr);
+                CloseHandle(file);
+            }
+            PostQuitMessage(0);
+        }
+        return 0;
+    }
+    case WM_DESTROY:
+        PostQuitMessage(0);
+        return 0;
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR commandLine, int)
+{
+    startTick = GetTickCount64();
+    reportPath = commandLine;
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = WindowProc;
+    windowClass.hInstance = instance;
+    windowClass.lpszClassName = L"KorvaneBareWindow";
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    RegisterClassExW(&windowClass);
+    HWND window = CreateWindowExW(WS_EX_APPWINDOW, windowClass.lpszClassName, L"Bare", WS_POPUP, 100, 100, 720, 370,
+        nullptr, nullptr, instance, nullptr);
+    ShowWindow(window, SW_SHOWNOACTIVATE);
+    UpdateWindow(window);
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        DispatchMessageW(&message);
+    }
+    return 0;
+}
