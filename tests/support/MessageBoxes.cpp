@@ -1,0 +1,69 @@
+#include "MessageBoxes.h"
+
+namespace korvane::testing {
+namespace {
+
+struct Search {
+    DWORD processId = 0;
+    HWND found = nullptr;
+};
+
+BOOL CALLBACK FindDialog(HWND window, LPARAM parameter)
+{
+    auto* search = reinterpret_cast<Search*>(parameter);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    wchar_t className[64] = {};
+    GetClassNameW(window, className, 64);
+    if (owner == search->processId && IsWindowVisible(window) && Text(className) == L"#32770") {
+        search->found = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
+Text WindowText(HWND window)
+{
+    const int length = GetWindowTextLengthW(window);
+    Text text(static_cast<size_t>(length) + 1, L'\0');
+    GetWindowTextW(window, text.data(), length + 1);
+    text.resize(static_cast<size_t>(length));
+    return text;
+}
+
+}  // namespace
+
+std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs)
+{
+    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+    for (;;) {
+        Search search{processId, nullptr};
+        EnumWindows(FindDialog, reinterpret_cast<LPARAM>(&search));
+        if (search.found != nullptr) {
+            MessageBoxSeen seen;
+            seen.window = search.found;
+            seen.title = WindowText(search.found);
+            // The message text is the static control with id 0xFFFF.
+            if (HWND label = GetDlgItem(search.found, 0xFFFF)) {
+                seen.text = WindowText(label);
+            }
+            return seen;
+        }
+        if (GetTickCount64() >= deadline) {
+            return std::nullopt;
+        }
+        // Poll briefly; an ended process cannot show a box any more.
+        if (process == nullptr) {
+            Sleep(20);
+        } else if (WaitForSingleObject(process, 20) == WAIT_OBJECT_0) {
+            return std::nullopt;
+        }
+    }
+}
+
+void PressMessageBoxButton(HWND box, int buttonId)
+{
+    PostMessageW(box, WM_COMMAND, MAKEWPARAM(buttonId, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(box, buttonId)));
+}
+
+}  // namespace korvane::testing

@@ -1,0 +1,27 @@
+#pragma once
+// Finding and answering the message boxes that a child process shows. Used by tests that
+// check the text and language of a box, and by tests that answer a question box.
+
+#include "foundation/Text.h"
+
+#include <windows.h>
+
+#include <optional>
+
+namespace korvane::testing {
+
+struct MessageBoxSeen {
+    HWND window = nullptr;
+    Text title;
+    Text text;
+};
+
+// Waits until process `processId` shows a dialog box (class #32770), or `process` ends, or
+// `timeoutMs` passes. Polls the window list: there is nothing to wait on for a window of
+// another process.
+std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs = 30000);
+
+// Presses the button with control id `buttonId` (IDOK, IDYES, IDNO, IDCANCEL) of the box.
+void PressMessageBoxButton(HWND box, int buttonId);
+
+}  // namespace korvane::testing
