@@ -2,11 +2,15 @@
 # Sourced, not run.
 
 ROOT=$(CDPATH= cd -- "$(dirname -- "$0")/.." && pwd)
+# Sourced from an interactive shell, $0 says nothing: take the current checkout.
+[ -f "$ROOT/scripts/lib/common.sh" ] || ROOT=$(git rev-parse --show-toplevel 2>/dev/null || pwd)
 BUILD="$ROOT/build/mingw"
 export WINEPREFIX="${WINEPREFIX:-$ROOT/build/wineprefix}"
 export WINEDEBUG="${WINEDEBUG:--all}"
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
 export WINEARCH=win64
+# Debian keeps wineserver out of PATH.
+case ":$PATH:" in *:/usr/lib/wine:*) ;; *) PATH="$PATH:/usr/lib/wine"; export PATH ;; esac
 
 log() { printf '== %s\n' "$*"; }
 
@@ -25,7 +29,7 @@ ensure_packages() {
   need x86_64-w64-mingw32-windres binutils-mingw-w64-x86-64
   need /usr/share/mingw-w64/include/windows.h mingw-w64-x86-64-dev
   need wine wine
-  need wine64 wine64
+  need /usr/lib/wine/wine64 wine64
   need xvfb-run xvfb
   need xauth xauth
   need /usr/src/googletest/CMakeLists.txt googletest
