@@ -172,11 +172,15 @@ private:
                 SkipWhiteSpace();
                 ParseString(key);
                 Expect(L':');
-                JsonValue member;
-                ParseValue(member, depth + 1);
-                if (!out.members.try_emplace(std::move(key), std::move(member)).second) {
+                // A repeated key is refused only after its value parsed, so that an error
+                // inside the value is the one reported. A new key is parsed in place in its
+                // map node: no temporary value to build and move.
+                if (out.members.find(key) != out.members.end()) {
+                    JsonValue ignored;
+                    ParseValue(ignored, depth + 1);
                     Fail("duplicate JSON key");
                 }
+                ParseValue(out.members.try_emplace(std::move(key)).first->second, depth + 1);
             } else {
                 ParseValue(out.items.emplace_back(), depth + 1);
             }
