@@ -29,7 +29,7 @@ constexpr KnownDisplayName kKnownDisplayNames[] = {
 };
 
 constexpr wchar_t kEnglish[] = L"en";
-constexpr int kNativeLanguageName = 4;  // LOCALE_SNATIVELANGUAGENAME: the language's own name
+constexpr LCTYPE kNativeLanguageName = LOCALE_SNATIVELANGUAGENAME;  // the language's own name
 constexpr int kDisplayNameCapacity = 128;
 
 Text DisplayNameOf(const Text& code)
