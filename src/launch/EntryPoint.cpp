@@ -85,14 +85,23 @@ int WaitForEditorExit(LaunchContext& context)
     return static_cast<int>(exitCode);
 }
 
-int Run(LaunchContext& context)
+// The language of the run is the one saved in the editor's settings, else English, mapped
+// onto the languages the install has; the system's UI language plays no part. Only the
+// picker's language list saves a change; -KorvanePickerPreviewLanguage= overrides it later
+// for this run alone.
+void ChooseStartLanguage(LaunchContext& context)
 {
-    context.editorRoot = LocateEditorRoot();
     context.languages = ListEditorLanguages(context.editorRoot, {});
     context.editorSettingsFile = EditorSettingsPath(context.editorRoot);
     const Text savedLanguage = ReadEditorLanguageSetting(context.editorSettingsFile);
     context.language = ResolveLanguage(context.languages, savedLanguage.empty() ? Text(L"en") : savedLanguage);
     SetUiLanguage(context.language);
+}
+
+int Run(LaunchContext& context)
+{
+    context.editorRoot = LocateEditorRoot();
+    ChooseStartLanguage(context);
 
     std::vector<Text> arguments;
     if (!ReadArguments(arguments)) {
