@@ -8,7 +8,9 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <string>
 
 namespace korvane::hosttest {
 
@@ -42,6 +44,7 @@ ScratchInstall::ScratchInstall(TextView label, TextView installRelative)
 {
     testing::CopyFileTo(testing::BuiltLauncherPath(), Launcher());
     testing::WriteFileBytes(JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");
+    testing::MakeDirectories(scratch_ / L"reports");
 }
 
 Text ScratchInstall::Launcher() const
@@ -61,9 +64,7 @@ DWORD ScratchInstall::Run(const std::vector<Text>& arguments) const
 ScratchInstall::Report ScratchInstall::ResolveHostContext(const std::vector<Text>& arguments) const
 {
     // Outside the install and outside its parent, so the report never makes a folder a game.
-    const Text reportFolder = scratch_ / L"reports";
-    testing::MakeDirectories(reportFolder);
-    const Text reportPath = JoinPath(reportFolder, L"host-context.json");
+    const Text reportPath = scratch_ / L"reports\\host-context.json";
     DeleteFileW(reportPath.c_str());
     std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + reportPath};
     all.insert(all.end(), arguments.begin(), arguments.end());
@@ -115,7 +116,16 @@ std::map<Text, Bytes> SnapshotTree(TextView root)
          !error && it != end; it.increment(error)) {
         const Text path = it->path().wstring();
         if (IsRegularFile(path)) {
-            files[path] = testing::ReadFileBytes(path);
+            Bytes bytes = testing::ReadFileBytes(path);
+            if (bytes.size() > 4096) {
+                // Keeps a failure's message readable; a change still changes the digest.
+                std::uint64_t digest = 0xCBF29CE484222325ull;
+                for (const char byte : bytes) {
+                    digest = (digest ^ static_cast<unsigned char>(byte)) * 0x100000001B3ull;
+                }
+                bytes = "<" + std::to_string(bytes.size()) + " bytes, digest " + std::to_string(digest) + ">";
+            }
+            files[path] = std::move(bytes);
         } else {
             files[path] = "<folder>";
         }
@@ -147,11 +157,30 @@ Bytes UnixPath(UnixFileNameFunction unixFileName, TextView path)
     return result;
 }
 
-bool RunUnixTool(TextView tool, const std::vector<Text>& arguments)
+// Wine runs a Unix program detached: the Windows process it hands back ends at once, so
+// there is nothing to wait on. Callers poll for the program's effect instead.
+void RunUnixTool(TextView tool, const std::vector<Text>& arguments)
 {
     testing::ProcessOptions options;
     options.timeoutMs = 30000;
-    return testing::RunProcess(tool, arguments, options).exitCode == 0;
+    testing::RunProcess(tool, arguments, options);
+}
+
+// Polls the attributes of `path` until `done` holds them, for at most ten seconds.
+template <typename Done>
+bool AwaitAttributes(TextView path, Done done)
+{
+    const Text name(path);
+    const ULONGLONG deadline = GetTickCount64() + 10000;
+    for (;;) {
+        if (done(GetFileAttributesW(name.c_str()))) {
+            return true;
+        }
+        if (GetTickCount64() > deadline) {
+            return false;
+        }
+        Sleep(10);
+    }
 }
 
 }  // namespace
@@ -174,19 +203,23 @@ bool MakeFolderLink(TextView link, TextView target)
     }
     const Bytes unixLink = unixParent + "/" + TextToUtf8(LastPathComponent(link));
     RunUnixTool(L"Z:\\bin\\ln", {L"-s", Utf8ToText(unixTarget), Utf8ToText(unixLink)});
-    return IsReparsePoint(link);
+    return AwaitAttributes(link, [](DWORD attributes) {
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    });
 }
 
 void RemoveFolderLink(TextView link)
 {
-    const Text path(link);
-    if (RemoveDirectoryW(path.c_str()) || DeleteFileW(path.c_str())) {
-        return;
-    }
+    // Under Wine, RemoveDirectoryW follows the link and removes the folder it points to, so
+    // the link itself goes through the Unix side.
     if (const UnixFileNameFunction unixFileName = WineUnixFileName()) {
         const Bytes unixParent = UnixPath(unixFileName, ParentPath(link));
         RunUnixTool(L"Z:\\bin\\rm", {L"-f", Utf8ToText(unixParent + "/" + TextToUtf8(LastPathComponent(link)))});
+        EXPECT_TRUE(AwaitAttributes(link, [](DWORD attributes) { return attributes == INVALID_FILE_ATTRIBUTES; }))
+            << "the folder link stayed";
+        return;
     }
+    RemoveDirectoryW(Text(link).c_str());
 }
 
 }  // namespace korvane::hosttest
