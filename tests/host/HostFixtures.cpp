@@ -63,7 +63,7 @@ DWORD ScratchInstall::Run(const std::vector<Text>& arguments) const
 
 ScratchInstall::Report ScratchInstall::ResolveHostContext(const std::vector<Text>& arguments) const
 {
-    // Outside the install and outside its parent, so the report never makes a folder a game.
+    // Beside the install: a report file never makes a folder a game.
     const Text reportPath = scratch_ / L"reports\\host-context.json";
     DeleteFileW(reportPath.c_str());
     std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + reportPath};
