@@ -99,6 +99,9 @@ TEST(HostConfiguration, WhatAFileDecides)
         titleSdk, L"packaged");
     setup.Expect("{\"schemaVersion\":1,\"gameDirectory\":\"../Multi\"}", {}, 0, setup.Path(L"Multi"), L"",
         L"packaged");
+    // The parent of the install: its subfolders hold several SDKs, so none is chosen.
+    setup.Expect("{\"schemaVersion\":\"1\",\"gameDirectory\":\"..\"}", {}, 0, setup.Install().ScratchPath(), L"",
+        L"packaged");
 
     SCOPED_TRACE("developer: absolute paths are taken; the packaged directory is ignored");
     const Bytes absoluteProject = TextToUtf8(QuoteJsonText(project + L"/"));
@@ -178,6 +181,8 @@ TEST(HostConfiguration, EveryRefusalEndsWithExitThreeAndTouchesNothing)
         {"absolute game directory by default", "{\"schemaVersion\":1,\"gameDirectory\":" + absoluteTitle + "}"},
         {"absolute game directory with auto",
             "{\"schemaVersion\":1,\"environment\":\"auto\",\"gameDirectory\":" + absoluteTitle + "}"},
+        {"absolute game directory beside a relative packaged one",
+            "{\"schemaVersion\":1,\"gameDirectory\":" + absoluteTitle + ",\"packagedGameDirectory\":\"../Title\"}"},
         {"absolute packaged directory",
             "{\"schemaVersion\":1,\"gameDirectory\":\"../Missing\",\"packagedGameDirectory\":\"/Title\"}"},
         {"absolute SDK when packaged",
