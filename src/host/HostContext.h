@@ -1,6 +1,6 @@
 #pragma once
 // Works out game and SDK when neither the command line nor the host configuration named
-// them: from the stored selection, then from the folder the install lies in.
+// them: from the selection stored by an earlier run, then from the folder the install lies in.
 
 #include "foundation/Text.h"
 
@@ -8,7 +8,22 @@ namespace korvane {
 
 struct LaunchContext;
 
-// Lets no exception out.
+// What a stored selection says, as the texts of its file.
+struct StoredSelection {
+    Text schemaVersion;
+    Text editorRoot;
+    Text environment;
+    Text gameDirectory;
+    Text sdkFile;
+};
+
+// The stored selection holds, by seven tests in order, for this install. `hostGame` is the
+// install's parent folder when that is a game, else empty.
+bool IsStoredSelectionValid(const StoredSelection& stored, TextView editorRoot, TextView hostGame);
+
+// May fill `requestedGameDirectory` and `requestedSdk` and append one host environment
+// argument. Writes no file; a stored selection that fails is left as it is. Lets no
+// exception out.
 void ResolveHostContext(LaunchContext& context, Text& requestedGameDirectory);
 
 }  // namespace korvane
