@@ -147,6 +147,19 @@ TEST(PrepareWorkspace, ModIdIsResolvedPreparedAndAnswered)
     EXPECT_EQ(second.cacheStates, secondStates);
     EXPECT_EQ(again.selectedMod, install.ModId(0)) << "the id comes from the tool's answer";
     EXPECT_EQ(install.ToolCalls().size(), 3u) << "a given package needs no source lookup";
+
+    // A tool that never reports its cache leaves the state unknown, even when it is done.
+    install.SetToolScenario(LR"({"prepare":{"cacheHit":-1}})");
+    LaunchContext unreported;
+    PointAtSample(unreported, install);
+    unreported.modFile = install.ModPackage(0);
+    Observed third;
+    ASSERT_TRUE(PrepareWorkspace(unreported, third.Progress(), error));
+    const std::vector<std::pair<std::int32_t, bool>> unknownStates = {{-1, false}, {-1, true}};
+    EXPECT_EQ(third.cacheStates, unknownStates);
+    for (const Text& phase : third.phases) {
+        EXPECT_EQ(phase.find(L" · "), Text::npos) << "no cache suffix without a cache state";
+    }
 }
 
 TEST(PrepareWorkspace, BrokenAnswersGiveTheWorkspaceCheckMessage)
