@@ -55,18 +55,17 @@ UniqueHandle PutIntoKillOnCloseJob(HANDLE process)
 // being deleted.
 std::vector<UniqueHandle> OpenJobMembers(HANDLE job)
 {
+    constexpr std::size_t kMaxMembers = 64;
+    // The list's header followed by room for the ids, aligned as the ids are.
+    std::vector<ULONG_PTR> buffer(sizeof(JOBOBJECT_BASIC_PROCESS_ID_LIST) / sizeof(ULONG_PTR) + kMaxMembers);
+    auto* list = reinterpret_cast<JOBOBJECT_BASIC_PROCESS_ID_LIST*>(buffer.data());
     std::vector<UniqueHandle> members;
-    struct {
-        JOBOBJECT_BASIC_PROCESS_ID_LIST header;
-        ULONG_PTR more[63];
-    } list{};
-    if (!QueryInformationJobObject(job, JobObjectBasicProcessIdList, &list, sizeof(list), nullptr)) {
+    if (!QueryInformationJobObject(job, JobObjectBasicProcessIdList, list,
+            static_cast<DWORD>(buffer.size() * sizeof(ULONG_PTR)), nullptr)) {
         return members;
     }
-    const ULONG count = list.header.NumberOfProcessIdsInList;
-    for (ULONG index = 0; index < count && index < 64; ++index) {
-        const ULONG_PTR id = index == 0 ? list.header.ProcessIdList[0] : list.more[index - 1];
-        if (HANDLE member = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(id))) {
+    for (DWORD index = 0; index < list->NumberOfProcessIdsInList && index < kMaxMembers; ++index) {
+        if (HANDLE member = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(list->ProcessIdList[index]))) {
             members.emplace_back(member);
         }
     }
