@@ -3,11 +3,17 @@
 
 #include "foundation/Text.h"
 
+#include <cstdint>
+
 namespace korvane {
 
 struct LaunchContext;
 
-// Runs `sdk-info` for the settled SDK; true when the tool accepted it.
-bool RunLauncherCheck(const LaunchContext& context, TextView sdk);
+inline constexpr std::uint32_t kLauncherCheckTimeLimitMs = 180000;
+
+// Runs `sdk-info` for the settled SDK, hidden and without reading its output; true when the
+// tool exits 0 within the limit. A tool over the limit is killed and counts as a failure.
+// `timeLimitMs` exists for tests; the product always runs with the constant.
+bool RunLauncherCheck(const LaunchContext& context, TextView sdk, std::uint32_t timeLimitMs = kLauncherCheckTimeLimitMs);
 
 }  // namespace korvane

@@ -1,0 +1,66 @@
+#include "tool/ProgressFile.h"
+
+#include "foundation/Json.h"
+#include "launch/UiLanguage.h"
+#include "tool/PrepareStage.h"
+
+#include <stdexcept>
+
+namespace korvane {
+namespace {
+
+// Only the value's text is compared, so a quoted "true" counts as well.
+void ApplyCacheHit(const JsonValue& holder, std::int32_t& cacheHit)
+{
+    const Text& value = FindJsonMember(holder, L"cacheHit").text;
+    if (value == L"true") {
+        cacheHit = 1;
+    } else if (value == L"false") {
+        cacheHit = 0;
+    }
+}
+
+// While the tool runs the cache is never verified yet, so only these two states show here.
+Text RunningCacheSuffix(std::int32_t cacheHit)
+{
+    if (cacheHit < 0) {
+        return {};
+    }
+    constexpr LocalizedText kHit{L"SDK cache hit, verifying", L"SDK 缓存命中，正在校验"};
+    constexpr LocalizedText kCreating{L"Creating the SDK cache", L"正在从 SDK 创建缓存"};
+    return Text(L" · ") + (cacheHit > 0 ? kHit : kCreating).Now();
+}
+
+}  // namespace
+
+std::optional<Text> ProgressFileFollower::Take(BytesView content, std::int32_t& cacheHit)
+{
+    if (content.empty() || content == lastApplied_) {
+        return std::nullopt;
+    }
+    JsonValue document;
+    try {
+        document = ParseJson(content);
+    } catch (const std::runtime_error&) {
+        return std::nullopt;
+    }
+    ApplyCacheHit(document, cacheHit);
+    Text line = StageText(FindJsonMember(document, L"stage").text) + RunningCacheSuffix(cacheHit);
+    lastApplied_.assign(content);
+    return line;
+}
+
+void ApplyTimingReport(BytesView content, std::int32_t& cacheHit)
+{
+    JsonValue report;
+    try {
+        report = ParseJson(content);
+    } catch (const std::runtime_error&) {
+        return;
+    }
+    for (const JsonValue& row : FindJsonMember(report, L"stages").items) {
+        ApplyCacheHit(row, cacheHit);
+    }
+}
+
+}  // namespace korvane
