@@ -42,6 +42,17 @@ int CountOther(const ScreenImage& image, std::uint32_t dpi, RECT area, Colour co
     return count;
 }
 
+// Returns once the window has finished `count` more paints; its 60 ms timer keeps it painting.
+void WaitForPaints(const StartupMonitor& monitor, std::uint32_t count)
+{
+    const std::uint32_t target = monitor.Snapshot().paintCount + count;
+    const ULONGLONG deadline = GetTickCount64() + 10000;
+    while (monitor.Snapshot().paintCount < target && GetTickCount64() < deadline) {
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+    }
+    ASSERT_GE(monitor.Snapshot().paintCount, target);
+}
+
 // Where the screenshots for the documentation go, when the run is asked for them.
 Text ScreenshotFolder()
 {
@@ -58,8 +69,7 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     ASSERT_NE(window, nullptr);
     monitor.SetPhaseText(chinese ? L"正在初始化编辑器引擎…" : L"Initializing the Editor engine…");
     monitor.SetCacheState(1, true);
-    // A paint of our own on this thread's request, so that the capture shows the texts.
-    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    WaitForPaints(monitor, 2);
 
     RECT bounds{};
     GetWindowRect(window, &bounds);
@@ -71,7 +81,8 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     EXPECT_EQ(bounds.top, work.top + (work.bottom - work.top - Scale(370, dpi)) / 2);
     EXPECT_EQ(monitor.Snapshot().dpi, dpi);
 
-    const ScreenImage image = ScreenImage::OfWindow(window);
+    const ScreenImage image = ScreenImage::OfWindowOnceShown(
+        window, [dpi](const ScreenImage& shown) { return shown.At(Scale(300, dpi), Scale(246, dpi)) == kDivider; });
     ASSERT_EQ(image.Width(), Scale(720, dpi));
     // Solid elements lie over the art, so their colours are exact.
     for (const int x : {42, 300, 677}) {
@@ -143,7 +154,8 @@ TEST(StartupWindow, WithoutArtTheBaseFillShowsAndThePreviewHasNoButton)
 {
     StartupMonitor monitor(96, true, false, nullptr);
     ASSERT_NE(monitor.WindowHandle(), nullptr);
-    const ScreenImage image = ScreenImage::OfWindow(monitor.WindowHandle());
+    const ScreenImage image = ScreenImage::OfWindowOnceShown(
+        monitor.WindowHandle(), [](const ScreenImage& shown) { return shown.At(5, 5) == kBase; });
     EXPECT_EQ(image.At(5, 5), kBase);
     EXPECT_EQ(image.At(715, 365), kBase);
     EXPECT_EQ(image.At(40, 100), kBase);
@@ -237,20 +249,27 @@ TEST(StartupWindow, RealMouseClickOnTheButtonCancels)
     RECT bounds{};
     GetWindowRect(window, &bounds);
     const RECT button = CancelButtonRect(96);
-    SetCursorPos(bounds.left + (button.left + button.right) / 2, bounds.top + (button.top + button.bottom) / 2);
-    INPUT inputs[2] = {};
-    inputs[0].type = INPUT_MOUSE;
-    inputs[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-    inputs[1].type = INPUT_MOUSE;
-    inputs[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
-    ASSERT_EQ(SendInput(2, inputs, sizeof(INPUT)), 2u);
-    // The click reaches the window thread through its queue; a sent message behind it
+    const POINT target{bounds.left + (button.left + button.right) / 2, bounds.top + (button.top + button.bottom) / 2};
+    INPUT inputs[3] = {};
+    for (INPUT& input : inputs) {
+        input.type = INPUT_MOUSE;
+        input.mi.dx = MulDiv(target.x, 65535, GetSystemMetrics(SM_CXSCREEN) - 1);
+        input.mi.dy = MulDiv(target.y, 65535, GetSystemMetrics(SM_CYSCREEN) - 1);
+    }
+    inputs[0].mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    inputs[1].mi.dwFlags = MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    inputs[2].mi.dwFlags = MOUSEEVENTF_LEFTUP | MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    ASSERT_EQ(SendInput(3, inputs, sizeof(INPUT)), 3u);
+    // The click reaches the window thread through its queue; a message sent behind it
     // returns once the queue has been worked through.
     for (int round = 0; round < 50 && !cancel.load(); ++round) {
         SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_BLOCK, 1000, nullptr);
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
     }
-    EXPECT_TRUE(cancel.load());
+    POINT cursor{};
+    GetCursorPos(&cursor);
+    EXPECT_TRUE(cancel.load()) << "cursor " << cursor.x << "," << cursor.y << " target " << target.x << "," << target.y
+                               << " window there " << (WindowFromPoint(target) == window);
 }
 
 TEST(StartupWindow, OwnerCloseEndsTheWindowWithoutCancelling)

@@ -22,6 +22,20 @@ class ScreenImage {
 public:
     // The screen's pixels inside the window's rectangle.
     static ScreenImage OfWindow(HWND window);
+    // The window's pixels once `shown` holds for them. A window's paint reaches the screen a
+    // little after the paint itself, and there is nothing to wait on for that, so this takes
+    // the picture again every 20 ms, for up to `timeoutMs`, and then gives the last one.
+    template <typename Predicate>
+    static ScreenImage OfWindowOnceShown(HWND window, Predicate shown, DWORD timeoutMs = 5000)
+    {
+        const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+        ScreenImage image = OfWindow(window);
+        while (!shown(image) && GetTickCount64() < deadline) {
+            Sleep(20);
+            image = OfWindow(window);
+        }
+        return image;
+    }
 
     int Width() const noexcept { return width_; }
     int Height() const noexcept { return height_; }
