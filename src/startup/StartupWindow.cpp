@@ -99,11 +99,11 @@ void StartupWindow::Paint(HWND window, StartupMonitor& monitor)
     }
     RECT client{};
     GetClientRect(window, &client);
+    const StartupWindowAssets* assets = AssetsOf(window);
     const UniqueMemoryDc buffer(CreateCompatibleDC(paint.Dc()));
     const UniqueBitmap bufferBitmap(CreateCompatibleBitmap(paint.Dc(), client.right, client.bottom));
-    if (buffer && bufferBitmap) {
+    if (assets != nullptr && buffer && bufferBitmap) {
         const GdiSelection selection(buffer.Get(), bufferBitmap.Get());
-        const StartupWindowAssets* assets = AssetsOf(window);
         StartupCard card;
         card.dpi = monitor.dpi_.load();
         card.chinese = monitor.IsChinese();
