@@ -155,6 +155,33 @@ TEST(EditorLogFollower, ShrunkenFileIsNotReadAgainUntilItGrowsPastThePosition)
     EXPECT_EQ(collect.Pass(), Lines{L"back"});
 }
 
+TEST(EditorLogFollower, FileIsOpenedAfreshOnEachPassAndNeverHeld)
+{
+    ScratchDirectory scratch(L"log-afresh");
+    const Text log = scratch / L"Editor.log";
+    AppendBytes(log, "one\n");
+    EditorLogFollower follower(log, 0);
+    LineCollector collect(follower);
+    EXPECT_EQ(collect.Pass(), Lines{L"one"});
+
+    // Between passes nobody holds the file: the editor may open it without any sharing.
+    {
+        UniqueFileHandle exclusive(
+            CreateFileW(log.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(exclusive.IsValid());
+        DWORD written = 0;
+        SetFilePointer(exclusive.Get(), 0, nullptr, FILE_END);
+        ASSERT_TRUE(WriteFile(exclusive.Get(), "two\n", 4, &written, nullptr));
+        EXPECT_EQ(collect.Pass(), Lines{}) << "a file that cannot be opened skips the pass";
+    }
+    EXPECT_EQ(collect.Pass(), Lines{L"two"});
+
+    // Renamed away and another file put in its place: the new file is read from the position.
+    ASSERT_TRUE(MoveFileExW(log.c_str(), (scratch / L"Editor-backup.log").c_str(), 0));
+    AppendBytes(log, "12345678three\n");
+    EXPECT_EQ(collect.Pass(), Lines{L"three"});
+}
+
 TEST(EditorLogFollower, LogOfAnEarlierRunIsNotRead)
 {
     ScratchDirectory scratch(L"log-old");
