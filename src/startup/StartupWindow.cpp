@@ -94,15 +94,16 @@ void StartupWindow::Paint(HWND window, StartupMonitor& monitor)
 {
     const std::uint64_t paintStart = GetTickCount64();
     const PaintScope paint(window);
-    if (paint.Dc() == nullptr) {
+    const StartupWindowAssets* assets = AssetsOf(window);
+    // The window is shown only once its assets are attached; an earlier paint just validates.
+    if (paint.Dc() == nullptr || assets == nullptr) {
         return;
     }
     RECT client{};
     GetClientRect(window, &client);
-    const StartupWindowAssets* assets = AssetsOf(window);
     const UniqueMemoryDc buffer(CreateCompatibleDC(paint.Dc()));
     const UniqueBitmap bufferBitmap(CreateCompatibleBitmap(paint.Dc(), client.right, client.bottom));
-    if (assets != nullptr && buffer && bufferBitmap) {
+    if (buffer && bufferBitmap) {
         const GdiSelection selection(buffer.Get(), bufferBitmap.Get());
         StartupCard card;
         card.dpi = monitor.dpi_.load();

@@ -25,9 +25,11 @@ public:
     // The window's pixels once `shown` holds for them. A window's paint reaches the screen a
     // little after the paint itself, and there is nothing to wait on for that, so this takes
     // the picture again every 20 ms, for up to `timeoutMs`, and then gives the last one.
+    // The window is raised above all others first: test programs share one display.
     template <typename Predicate>
     static ScreenImage OfWindowOnceShown(HWND window, Predicate shown, DWORD timeoutMs = 5000)
     {
+        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
         const ULONGLONG deadline = GetTickCount64() + timeoutMs;
         ScreenImage image = OfWindow(window);
         while (!shown(image) && GetTickCount64() < deadline) {

@@ -49,10 +49,10 @@ LRESULT CALLBACK ChildWindowProc(HWND window, UINT message, WPARAM wParam, LPARA
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-HWND MakeWindow(const std::wstring& spec, DWORD style, HWND owner)
+HWND MakeWindow(const std::wstring& size, DWORD style, HWND owner)
 {
     wchar_t* end = nullptr;
-    const int width = static_cast<int>(std::wcstol(spec.c_str(), &end, 10));
+    const int width = static_cast<int>(std::wcstol(size.c_str(), &end, 10));
     const int height = static_cast<int>(std::wcstol(end + 1, &end, 10));
     std::wstring className = L"StartupChildWindow";
     if (*end == L':') {
