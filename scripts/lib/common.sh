@@ -34,6 +34,7 @@ ensure_packages() {
   need xauth xauth
   need /usr/src/googletest/CMakeLists.txt googletest
   need /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+  need /usr/share/fonts/truetype/wqy/wqy-microhei.ttc fonts-wqy-microhei
   if [ -n "$missing" ]; then
     log "installing:$missing"
     as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
@@ -50,6 +51,9 @@ ensure_wine_prefix() {
     wineboot -i >"$ROOT/build/wineboot.log" 2>&1 </dev/null || true
     # Unmanaged X windows close at once; managed ones make every closed window cost seconds.
     wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >>"$ROOT/build/wineboot.log" 2>&1 </dev/null || true
+    # As on Windows, Segoe UI draws Chinese through a linked font; without it every glyph is a box.
+    wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' /v 'Segoe UI' /t REG_MULTI_SZ \
+      /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' /f >>"$ROOT/build/wineboot.log" 2>&1 </dev/null || true
     wineserver -w
   fi
 }

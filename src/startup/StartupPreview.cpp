@@ -1,9 +1,23 @@
 #include "startup/StartupPreview.h"
 
+#include "startup/StartupMonitor.h"
+#include "startup/StartupReport.h"
+
+#include <windows.h>
+
 namespace korvane {
 
-int RunStartupPreview(const StartupPreviewOptions& /*options*/)
+int RunStartupPreview(const StartupPreviewOptions& options)
 {
+    // No cancel flag: the preview's window has no Cancel button and a close ends it.
+    StartupMonitor monitor(options.dpi, options.noBackground, options.chinese, nullptr);
+    if (!options.phaseText.empty()) {
+        monitor.SetPhaseText(options.phaseText);
+    }
+    WriteStartupReport(monitor, options.reportPath);
+    Sleep(options.durationMs);
+    WriteStartupReport(monitor, options.reportPath);
+    monitor.Close();
     return 0;
 }
 
