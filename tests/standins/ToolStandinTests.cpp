@@ -436,7 +436,7 @@ TEST(ToolStandin, ScenarioSleepsHangsAndLeavesAGrandchild)
     const CapturedRun hung = bench.Run(info, 1500);
     EXPECT_TRUE(hung.timedOut);
 
-    install.SetToolScenario(L"{\"sdk-info\":{\"grandchild\":true,\"exitCode\":0}}");
+    install.SetToolScenario(L"{\"sdk-info\":{\"grandchild\":true,\"exitCode\":0,\"stdout\":\"\"}}");
     testing::ChildProcess tool = testing::ChildProcess::Start(install.ToolPath(), info);
     ASSERT_TRUE(tool.Wait(30000));
     EXPECT_EQ(tool.ExitCode(), 0u);
