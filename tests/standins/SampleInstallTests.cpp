@@ -3,10 +3,14 @@
 #include "SampleInstall.h"
 #include "TestSupport.h"
 
+#include "foundation/GdiplusSession.h"
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
 
 #include <gtest/gtest.h>
+
+#include <objidl.h>
+#include <gdiplus.h>
 
 #include <set>
 
@@ -14,6 +18,21 @@ namespace korvane {
 namespace {
 
 using testing::SampleInstall;
+
+// Width and height as the image library decodes the file; zero when it cannot.
+std::pair<UINT, UINT> DecodedSize(TextView path)
+{
+    Gdiplus::GpImage* image = nullptr;
+    if (Gdiplus::DllExports::GdipLoadImageFromFile(Text(path).c_str(), &image) != Gdiplus::Ok) {
+        return {0, 0};
+    }
+    UINT width = 0;
+    UINT height = 0;
+    Gdiplus::DllExports::GdipGetImageWidth(image, &width);
+    Gdiplus::DllExports::GdipGetImageHeight(image, &height);
+    Gdiplus::DllExports::GdipDisposeImage(image);
+    return {width, height};
+}
 
 JsonValue ReadJson(TextView path)
 {
@@ -68,6 +87,10 @@ TEST(SampleInstall, HoldsAWholeInstallOfItsEngineVersion)
             ids.insert(install.ModId(index));
         }
         EXPECT_EQ(ids.size(), install.ModCount());
+        GdiplusSession gdiplus;
+        const Text cover = install.GameDirectory() + L"\\Mods\\Covers\\LanternFestival.png";
+        EXPECT_EQ(DecodedSize(cover), std::make_pair(96u, 54u)) << "covers decode as the picker loads them";
+        EXPECT_EQ(DecodedSize(install.GameDirectory() + L"\\SdkAssets\\Icon.png"), std::make_pair(64u, 64u));
         EXPECT_EQ(install.Workspace(2), install.GameDirectory() + L"\\Saved\\Korvane\\Workspaces\\" + install.ModId(2));
         EXPECT_TRUE(install.ToolCalls().empty());
         EXPECT_TRUE(install.EditorRecords().empty());
