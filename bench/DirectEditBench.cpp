@@ -2,6 +2,7 @@
 // of the launcher, less the run times of the tool and editor runs it made (each run again alone,
 // with the very command line it was given), is the launcher's own share. Then, with an editor
 // that stays up, the launcher's CPU and private memory while it waits for the editor.
+#include "BenchTiming.h"
 #include "SampleInstall.h"
 #include "TestSupport.h"
 
@@ -18,26 +19,14 @@
 
 namespace {
 
+using korvane::bench::Median;
+using korvane::bench::NowMs;
+
 using namespace korvane;
 
 constexpr int kRounds = 9;
 // Polls the launcher must make: one 100 ms poll per tool run and the editor watch's 100 ms.
 constexpr double kPollAllowanceMs = 3 * 100.0;
-
-double NowMs()
-{
-    LARGE_INTEGER frequency{};
-    LARGE_INTEGER counter{};
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return 1000.0 * static_cast<double>(counter.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // Runs a command line as it was recorded, from its folder, and gives its wall time.
 double TimeCommandLine(const Text& commandLine, const Text& folder)

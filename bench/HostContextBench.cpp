@@ -1,5 +1,6 @@
 // Times -KorvaneResolveHostContext as a whole process against a program that does nothing,
 // both started the same way from the same folder, and prints the ratio of their medians.
+#include "BenchTiming.h"
 #include "TestSupport.h"
 
 #include "foundation/Files.h"
@@ -16,25 +17,13 @@
 
 namespace {
 
+using korvane::bench::Median;
+using korvane::bench::NowMs;
+
 using namespace korvane;
 
 constexpr int kWarmUpRuns = 3;
 constexpr int kTimedRuns = 25;
-
-double NowMs()
-{
-    LARGE_INTEGER frequency{};
-    LARGE_INTEGER counter{};
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return 1000.0 * static_cast<double>(counter.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // One start to exit of the program; the exit code is checked so a broken run is never timed.
 double TimeRun(TextView executable, const std::vector<Text>& arguments, TextView folder, DWORD expectedExit)

@@ -1,5 +1,6 @@
 // Throughput of the launcher's JSON reader against nlohmann::json on the same bytes, in the
 // same run: an sdk-preview-shaped document of 8 MiB and a deeply nested one.
+#include "BenchTiming.h"
 #include "foundation/Json.h"
 #include "foundation/Text.h"
 
@@ -14,16 +15,10 @@
 
 namespace {
 
-using korvane::Bytes;
+using korvane::bench::Median;
+using korvane::bench::NowMs;
 
-double NowMs()
-{
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER counter;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return static_cast<double>(counter.QuadPart) * 1000.0 / static_cast<double>(frequency.QuadPart);
-}
+using korvane::Bytes;
 
 std::string Hex32(unsigned seed)
 {

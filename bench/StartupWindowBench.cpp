@@ -2,6 +2,7 @@
 // same way in the same run: each program notes the tick when its window work begins and
 // reports the end of its first paint. The launcher runs -KorvaneStartupPreview with a report;
 // bare_window.exe writes its own number. Target: the ratio of the medians stays under 1.5.
+#include "BenchTiming.h"
 #include "TestSupport.h"
 
 #include "foundation/Json.h"
@@ -16,13 +17,10 @@ using namespace korvane;
 
 namespace {
 
-constexpr int kRounds = 9;
+using korvane::bench::Median;
+using korvane::bench::NowMs;
 
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
+constexpr int kRounds = 9;
 
 // The preview's firstPaintMs: from the monitor's construction to the end of its first paint.
 bool PreviewFirstPaint(const testing::ScratchDirectory& scratch, int round, double& milliseconds)

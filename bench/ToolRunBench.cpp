@@ -1,6 +1,7 @@
 // The launcher's own cost around one tool run: RunTool of a stand-in tool that ends at once,
 // against a bare CreateProcessW and wait of the very same program, alternating in one run.
 // The difference should stay under one poll interval (100 ms) plus 20 ms.
+#include "BenchTiming.h"
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
@@ -14,22 +15,10 @@
 
 namespace {
 
+using korvane::bench::Median;
+using korvane::bench::NowMs;
+
 using namespace korvane;
-
-double NowMs()
-{
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER counter;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return static_cast<double>(counter.QuadPart) * 1000.0 / static_cast<double>(frequency.QuadPart);
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // What a plain launcher would do: start hidden, wait, read the exit code.
 DWORD BareRun(const Text& tool, const Text& arguments, const Text& folder)
