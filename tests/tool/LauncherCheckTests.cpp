@@ -49,8 +49,7 @@ TEST(LauncherCheck, ExitCodesOfTheWholeCheck)
             L"", 0, 1},
         {LR"({"sdk-info":{"exitCode":17,"stderr":"this SDK does not suit"}})", sdk, L"", 4, 1},
         {L"", L"-sdk=" + install.Root() + L"\\Missing.kvsdk", L"", 3, 0},  // an unsettled SDK starts no tool
-        {L"", sdk, install.ToolPath(), 4, 0},  // a missing tool fails the check, not the install checks
-        {L"", sdk, install.EditorExe(), 2, 0},
+        {L"", sdk, install.EditorExe(), 2, 0},  // the install checks come before the tool
     };
     const std::vector<Text> sdkInfo = {
         install.ToolPath(), L"sdk-info", L"--sdk", install.SdkPath(), L"--editor-root", install.EditorRoot()};

@@ -16,11 +16,7 @@ namespace {
 
 TEST(ToolTexts, StageWordsAndFailuresInBothLanguages)
 {
-    struct Row {
-        const wchar_t* word;
-        const wchar_t* english;
-        const wchar_t* chinese;
-    };
+    struct Row { const wchar_t *word, *english, *chinese; };
     const Row rows[] = {
         {L"sdkMetadata", L"Reading SDK metadata…", L"读取 SDK 元数据…"},
         {L"sdkVerify", L"Verifying SDK payload integrity…", L"校验 SDK 内容完整性…"},
@@ -51,11 +47,7 @@ TEST(ToolTexts, StageWordsAndFailuresInBothLanguages)
 
 TEST(ProgressFile, LinesFollowChangesAndCarryTheCacheState)
 {
-    struct Row {
-        const char* content;
-        const wchar_t* line;  // nullptr: nothing shown
-        std::int32_t cacheHit;
-    };
+    struct Row { const char* content; const wchar_t* line; std::int32_t cacheHit; };  // line nullptr: nothing shown
     const Row rows[] = {
         {"", nullptr, -1},  // an empty or oversized read
         {R"({"stage":"sdkHash"})", L"Computing the SDK content revision…", -1},
@@ -85,11 +77,7 @@ TEST(ProgressFile, LinesFollowChangesAndCarryTheCacheState)
 
 TEST(ProgressFile, TimingReportLastRowWithTheKeyWins)
 {
-    struct Row {
-        const char* report;
-        std::int32_t before;
-        std::int32_t after;
-    };
+    struct Row { const char* report; std::int32_t before, after; };
     const Row rows[] = {
         {R"({"stages":[{"cacheHit":true},{"name":"x"},{"cacheHit":false},{"cacheHit":"maybe"}]})", 1, 0},
         {R"({"stages":[{"cacheHit":false},{"cacheHit":"true"}],"cacheHit":false})", 0, 1},  // only rows count
