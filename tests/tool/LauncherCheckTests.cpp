@@ -36,13 +36,7 @@ TEST(LauncherCheck, ExitCodesOfTheWholeCheck)
 {
     SampleInstall install(L"check");
     const Text sdk = L"-sdk=" + install.SdkPath();
-    struct Row {
-        const wchar_t* scenario;
-        Text argument;
-        Text deleteFirst;  // empty: nothing
-        DWORD exitCode;
-        std::size_t toolRuns;
-    };
+    struct Row { const wchar_t* scenario; Text argument; Text deleteFirst; DWORD exitCode; std::size_t toolRuns; };
     const Row rows[] = {
         {L"", sdk, L"", 0, 1},
         {LR"({"sdk-info":{"exitCode":0,"stdout":"whatever it prints"}})", L"-KorvaneGameDir=" + install.GameDirectory(),

@@ -102,15 +102,9 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
     const Text notFound = L"KV3654: The selected Mod's editable source was not found.";
     const Text workspaceCheckChinese =
         L"Mod 工作区校验失败。此 Mod 可能没有公开源码，或其游戏/SDK Contract 不匹配。运行 KorvaneTool.exe prepare 查看详细原因。";
-    struct Row {
-        Text scenario;
-        int modFile;
-        Text selectedMod;
-        bool withSdk;
-        bool chinese;
-        Text error;  // empty: the preparation succeeds
-        std::optional<std::int32_t> verified;  // the cache state of a successful run; none: no such run
-    };
+    // `error` empty: the preparation succeeds; `verified`: the cache state a successful tool run reports.
+    using Verified = std::optional<std::int32_t>;
+    struct Row { Text scenario; int modFile; Text selectedMod; bool withSdk, chinese; Text error; Verified verified; };
     const auto none = std::nullopt;
     const Row rows[] = {
         {L"", 0, L"", false, false, L"Direct editing requires a matching .kvsdk file.", none},
@@ -161,7 +155,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
             prepared ? JoinPath(install.Workspace(0), L"KorvaneSDK.uproject") : install.SdkPath());
         EXPECT_EQ(context.selectedMod, prepared ? install.ModId(0) : row.selectedMod);
         EXPECT_EQ(context.modFile, row.modFile < 0 ? Text() : install.ModPackage(0));
-        EXPECT_EQ(install.ToolCalls().size(), callsBefore + (row.withSdk ? 1 : 0)) << "one run; a package needs no lookup";
+        EXPECT_EQ(install.ToolCalls().size(), callsBefore + (row.withSdk ? 1 : 0)) << "a package needs no lookup";
         // Reset when the tool starts; verified only by a successful run.
         CacheStates states;
         if (row.withSdk && row.modFile >= 0) {
@@ -171,7 +165,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
             states.emplace_back(*row.verified, true);
         }
         EXPECT_EQ(observed.cacheStates, states);
-        EXPECT_EQ(testing::FileExists(savedSelection), row.verified.has_value()) << "saved before the answer is judged";
+        EXPECT_EQ(testing::FileExists(savedSelection), row.verified.has_value()) << "saved after a tool success";
         for (const Text& phase : observed.phases) {
             EXPECT_EQ(phase.find(L"Preparing the Mod…"), Text::npos) << "a broken progress file showed as a line";
             EXPECT_TRUE(row.verified != -1 || phase.find(L" · ") == Text::npos) << "a cache suffix without a state";
@@ -221,13 +215,8 @@ std::optional<testing::MessageBoxSeen> RunAnswering(const std::function<void()>&
 
 TEST(ConflictDialog, AnswersSteerTheToolAndOnlyTheExactMarkersAsk)
 {
-    struct Row {
-        const wchar_t* scenario;
-        bool chinese;
-        int answer;  // 0: no box is shown
-        std::vector<Text> commands;
-        Text error;  // empty: the preparation succeeds
-    };
+    // `answer` 0: no box is shown; `commands`: the tool runs in order; `error` empty: the preparation succeeds.
+    struct Row { const wchar_t* scenario; bool chinese; int answer; std::vector<Text> commands; Text error; };
     SampleInstall install(L"conflict");
     const std::vector<Text> settled = {L"prepare", L"resolve-source", L"prepare"};
     const Row rows[] = {

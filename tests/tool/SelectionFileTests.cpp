@@ -42,12 +42,7 @@ TEST(SelectionFile, AnAnswerPassesWholeOrNotAtAll)
     const Text upper = L"mod.0123456789ABCDEF0123456789abcdef";
     const Bytes valid = Answer(mod, project, kModId);
 
-    struct Row {
-        Bytes content;
-        const wchar_t* selectedMod;
-        bool valid;
-        const char* what;
-    };
+    struct Row { Bytes content; const wchar_t* selectedMod; bool valid; const char* what; };
     const Row rows[] = {
         {valid, L"", true, "plain"},
         {Answer(mod, project, kModId, L"\r\n\n\r\n"), kModId, true, "CR LF ends and empty lines between"},

@@ -30,13 +30,7 @@ enum class Stop { None, CancelFirst, CancelWhileRunning, TimeLimit };
 
 TEST(RunTool, EveryWayARunEndsAndTheArgumentsItPasses)
 {
-    struct Row {
-        Text scenario;
-        Stop stop;
-        std::uint32_t exitCode;
-        const char* output;  // nullptr: not looked at
-        Text error;
-    };
+    struct Row { Text scenario; Stop stop; std::uint32_t exitCode; const char* output /* nullptr: any */; Text error; };
     const Text flood = L"{\"*\":{\"exitCode\":2,\"stdout\":\"\",\"stderr\":\"" + Text(10000, L'x') + L"\"}}";
     const Row rows[] = {
         {LR"({"*":{"exitCode":3,"stdout":"only on stdout"}})", Stop::None, 3, "only on stdout", L"only on stdout"},
