@@ -5,6 +5,7 @@
 #include "ToolProcess.h"
 
 #include "foundation/Paths.h"
+#include "foundation/UniqueResource.h"
 #include "launch/LaunchContext.h"
 #include "tool/LauncherCheck.h"
 
@@ -16,11 +17,12 @@ namespace {
 using testing::SampleInstall;
 
 // Runs the check and gives its exit code, failing the test when the launcher shows a box.
-DWORD RunCheck(const SampleInstall& install, const std::vector<Text>& arguments)
+DWORD RunCheck(const SampleInstall& install, const Text& argument)
 {
     testing::ProcessOptions options;
     options.currentDirectory = install.EditorRoot();
-    testing::ChildProcess launcher = testing::ChildProcess::Start(install.Launcher(), arguments, options);
+    testing::ChildProcess launcher =
+        testing::ChildProcess::Start(install.Launcher(), {L"-KorvaneLauncherCheck", argument}, options);
     const auto box = testing::WaitForMessageBox(launcher.Id(), launcher.Handle(), 120000);
     EXPECT_FALSE(box.has_value()) << "the check showed a box: " << TextToUtf8(box ? box->text : Text());
     if (box) {
@@ -30,50 +32,40 @@ DWORD RunCheck(const SampleInstall& install, const std::vector<Text>& arguments)
     return launcher.ExitCode();
 }
 
-std::vector<Text> Argv(const JsonValue& call)
-{
-    std::vector<Text> words;
-    for (const JsonValue& word : FindJsonMember(call, L"argv").items) {
-        words.push_back(word.text);
-    }
-    return words;
-}
-
 TEST(LauncherCheck, ExitCodesOfTheWholeCheck)
 {
     SampleInstall install(L"check");
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.SdkPath()}), 0u);
-    std::vector<JsonValue> calls = install.ToolCalls();
-    ASSERT_EQ(calls.size(), 1u);
+    const Text sdk = L"-sdk=" + install.SdkPath();
+    struct Row { const wchar_t* scenario; Text argument; Text deleteFirst; DWORD exitCode; std::size_t toolRuns; };
+    const Row rows[] = {
+        {L"", sdk, L"", 0, 1},
+        {LR"({"sdk-info":{"exitCode":0,"stdout":"whatever it prints"}})", L"-KorvaneGameDir=" + install.GameDirectory(),
+            L"", 0, 1},
+        {LR"({"sdk-info":{"exitCode":17,"stderr":"this SDK does not suit"}})", sdk, L"", 4, 1},
+        {L"", L"-sdk=" + install.Root() + L"\\Missing.kvsdk", L"", 3, 0},  // an unsettled SDK starts no tool
+        {L"", sdk, install.EditorExe(), 2, 0},  // the install checks come before the tool
+    };
     const std::vector<Text> sdkInfo = {
         install.ToolPath(), L"sdk-info", L"--sdk", install.SdkPath(), L"--editor-root", install.EditorRoot()};
-    EXPECT_EQ(Argv(calls[0]), sdkInfo);
-    EXPECT_EQ(FindJsonMember(calls[0], L"cwd").text, install.EditorRoot());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(TextToUtf8(row.argument + L" " + row.deleteFirst));
+        install.SetToolScenario(row.scenario);
+        if (!row.deleteFirst.empty()) {
+            ASSERT_TRUE(DeleteFileW(row.deleteFirst.c_str()));
+        }
+        const std::size_t callsBefore = install.ToolCalls().size();
+        EXPECT_EQ(RunCheck(install, row.argument), row.exitCode);
+        const std::vector<JsonValue> calls = install.ToolCalls();
+        ASSERT_EQ(calls.size(), callsBefore + row.toolRuns);
+        for (std::size_t index = callsBefore; index < calls.size(); ++index) {
+            EXPECT_EQ(testing::Argv(calls[index]), sdkInfo);
+            EXPECT_EQ(FindJsonMember(calls[index], L"cwd").text, install.EditorRoot());
+        }
+    }
 
-    install.SetToolScenario(LR"({"sdk-info":{"exitCode":0,"stdout":"whatever it prints"}})");
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-KorvaneGameDir=" + install.GameDirectory()}), 0u);
-
-    install.SetToolScenario(LR"({"sdk-info":{"exitCode":17,"stderr":"this SDK does not suit"}})");
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.SdkPath()}), 4u);
-
-    install.SetToolScenario(L"");
-    const std::size_t callsSoFar = install.ToolCalls().size();
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.Root() + L"\\Missing.kvsdk"}), 3u);
-    EXPECT_EQ(install.ToolCalls().size(), callsSoFar) << "an SDK that cannot be settled starts no tool";
-
-    ASSERT_TRUE(DeleteFileW(install.ToolPath().c_str()));
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.SdkPath()}), 4u)
-        << "a missing tool fails the check, not the install checks";
-
-    ASSERT_TRUE(DeleteFileW(install.EditorExe().c_str()));
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.SdkPath()}), 2u);
-}
-
-TEST(LauncherCheck, NonAsciiInstallPathGivesEight)
-{
-    SampleInstall install(L"check-\x6821\x9A8C");
-    EXPECT_EQ(RunCheck(install, {L"-KorvaneLauncherCheck", L"-sdk=" + install.SdkPath()}), 8u);
-    EXPECT_TRUE(install.ToolCalls().empty());
+    SampleInstall nonAscii(L"check-\x6821\x9A8C");
+    EXPECT_EQ(RunCheck(nonAscii, L"-sdk=" + nonAscii.SdkPath()), 8u);
+    EXPECT_TRUE(nonAscii.ToolCalls().empty());
 }
 
 TEST(LauncherCheck, AToolOverTheLimitIsKilled)
@@ -87,8 +79,8 @@ TEST(LauncherCheck, AToolOverTheLimitIsKilled)
     EXPECT_GE(GetTickCount64() - start, 500u);
     const std::vector<JsonValue> calls = install.ToolCalls();
     ASSERT_EQ(calls.size(), 1u);
-    const DWORD pid = static_cast<DWORD>(std::stoul(FindJsonMember(calls[0], L"pid").text));
-    EXPECT_TRUE(testing::WaitUntilGone({pid}, 5000)) << "the tool was not killed";
+    const UniqueHandle tool(OpenProcess(SYNCHRONIZE, FALSE, testing::ProcessIdsOf(calls).at(0)));
+    EXPECT_TRUE(!tool || WaitForSingleObject(tool.Get(), 5000) == WAIT_OBJECT_0) << "the tool was not killed";
 
     install.SetToolScenario(LR"({"sdk-info":{"sleepMs":200}})");
     EXPECT_TRUE(RunLauncherCheck(context, install.SdkPath(), 60000)) << "a slow tool within the limit passes";

@@ -1,49 +1,60 @@
 #pragma once
-// A scratch install that holds only the stand-in tool (below Plugins, as installs without a
-// layout file keep it), with the scenario and call log of its runs, for tests of tool runs.
+// What the tool tests look at after a run: the calls a sample install's tool logged, the
+// processes they name, and the launcher's temporary files.
 
-#include "TestSupport.h"
-
-#include "foundation/Text.h"
+#include "foundation/Json.h"
+#include "foundation/Paths.h"
+#include "foundation/UniqueResource.h"
 
 #include <windows.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace korvane::testing {
 
-struct ToolCallSeen {
-    std::vector<Text> argv;
-    Text cwd;
-    DWORD pid = 0;
-    DWORD grandchildPid = 0;  // 0 when the run started none
-};
+// The logged argv of one run, the program path first.
+inline std::vector<Text> Argv(const JsonValue& call)
+{
+    std::vector<Text> words;
+    for (const JsonValue& word : FindJsonMember(call, L"argv").items) {
+        words.push_back(word.text);
+    }
+    return words;
+}
 
-class ToolInstall {
-public:
-    explicit ToolInstall(TextView label);
-    ~ToolInstall();
-    ToolInstall(const ToolInstall&) = delete;
-    ToolInstall& operator=(const ToolInstall&) = delete;
+// The tools the calls name and the grandchildren they started.
+inline std::vector<DWORD> ProcessIdsOf(const std::vector<JsonValue>& calls)
+{
+    std::vector<DWORD> ids;
+    for (const JsonValue& call : calls) {
+        for (const wchar_t* key : {L"pid", L"grandchildPid"}) {
+            if (const Text& id = FindJsonMember(call, key).text; !id.empty()) {
+                ids.push_back(static_cast<DWORD>(std::stoul(id)));
+            }
+        }
+    }
+    return ids;
+}
 
-    const Text& Root() const { return root_; }
-    Text ToolPath() const;
-    Text Path(TextView relative) const { return scratch_ / relative; }
-    // Steers every later run of the tool (set through the environment its runs inherit).
-    void SetScenario(BytesView json) const;
-    // The runs so far, from the tool's call log.
-    std::vector<ToolCallSeen> Calls() const;
-
-private:
-    ScratchDirectory scratch_;
-    Text root_;
-};
-
-// Whether any of the processes still runs.
-bool AnyAlive(const std::vector<DWORD>& processIds);
-// Waits up to `timeoutMs` for all of them to end; true when none is left.
-bool WaitUntilGone(const std::vector<DWORD>& processIds, DWORD timeoutMs);
 // Temporary files of the launcher ("KVL" and "KVD" names) now in the temporary folder.
-std::vector<Text> LauncherTempFiles();
+inline std::vector<Text> LauncherTempFiles()
+{
+    wchar_t folder[MAX_PATH] = {};
+    GetTempPathW(MAX_PATH, folder);
+    std::vector<Text> files;
+    for (const wchar_t* pattern : {L"KVL*.tmp", L"KVD*.tmp"}) {
+        WIN32_FIND_DATAW found{};
+        const UniqueFindHandle search(FindFirstFileW(JoinPath(folder, pattern).c_str(), &found));
+        while (search) {
+            files.push_back(JoinPath(folder, found.cFileName));
+            if (!FindNextFileW(search.Get(), &found)) {
+                break;
+            }
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
 
 }  // namespace korvane::testing

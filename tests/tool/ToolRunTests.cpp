@@ -1,5 +1,6 @@
 // RunTool against the stand-in tool: what comes back for each way a run can end, that the
-// child and everything it started are gone afterwards, and that no temporary file is left.
+// tool and everything it started are gone afterwards, and that no temporary file is left.
+#include "SampleInstall.h"
 #include "ToolProcess.h"
 
 #include "foundation/Paths.h"
@@ -15,209 +16,125 @@
 namespace korvane {
 namespace {
 
-using testing::ToolInstall;
+using testing::SampleInstall;
 
-ToolInvocation Invocation(const ToolInstall& install, TextView arguments)
+ToolInvocation Invocation(const SampleInstall& install, TextView arguments)
 {
     ToolInvocation invocation;
-    invocation.editorRoot = install.Root();
+    invocation.editorRoot = install.EditorRoot();
     invocation.arguments = arguments;
     return invocation;
 }
 
-// A command the stand-in accepts; the scenario decides how its run ends.
-Text SdkInfo(const ToolInstall& install)
-{
-    return L"sdk-info --sdk " + QuoteCommandArgument(install.Path(L"Game.kvsdk")) + L" --editor-root "
-        + QuoteCommandArgument(install.Root());
-}
+enum class Stop { None, CancelFirst, CancelWhileRunning, TimeLimit };
 
-// Tool processes that were not there before: the snapshot is taken around one run, so that
-// tools of other programs running at the same time are not counted.
-std::vector<DWORD> NewToolProcesses(const std::vector<DWORD>& before)
+TEST(RunTool, EveryWayARunEndsAndTheArgumentsItPasses)
 {
-    std::vector<DWORD> added;
-    for (const DWORD id : testing::ProcessesNamed(L"KorvaneTool.exe")) {
-        if (std::find(before.begin(), before.end(), id) == before.end()) {
-            added.push_back(id);
+    struct Row { Text scenario; Stop stop; std::uint32_t exitCode; const char* output /* nullptr: any */; Text error; };
+    const Text flood = L"{\"*\":{\"exitCode\":2,\"stdout\":\"\",\"stderr\":\"" + Text(10000, L'x') + L"\"}}";
+    const Row rows[] = {
+        {LR"({"*":{"exitCode":3,"stdout":"only on stdout"}})", Stop::None, 3, "only on stdout", L"only on stdout"},
+        {LR"({"*":{"exitCode":3,"stdout":"out","stderr":"\u00e9 on stderr"}})", Stop::None, 3, "out", L"\x00E9 on stderr"},
+        {LR"({"*":{"exitCode":3,"stdout":"","stderr":""}})", Stop::None, 3, "", L"KorvaneTool failed (exit code 3)."},
+        {LR"({"*":{"exitCode":3221225477,"stdout":"","stderr":""}})", Stop::None, 3221225477u, "",
+            L"KorvaneTool failed (exit code 3221225477)."},
+        {LR"({"*":{"exitCode":4,"stdout":"fallback","stderr":"broken","invalidUtf8":"stderr"}})", Stop::None, 4, nullptr,
+            L"fallback"},
+        {LR"({"*":{"exitCode":4,"stdout":"broken","stderr":"","invalidUtf8":"stdout"}})", Stop::None, 4, nullptr,
+            L"KorvaneTool failed (exit code 4)."},
+        {flood, Stop::None, 2, nullptr, Text(8192, L'x')},
+        {LR"({"*":{"exitCode":0,"stdout":"{}","stdoutMiB":9}})", Stop::None, 0, "", L""},  // over 8 MiB: empty
+        {LR"({"*":{"exitCode":6,"stdout":"words","stderrMiB":9}})", Stop::None, 6, nullptr, L"words"},
+        // A normal end takes a grandchild along, which held the output files; warnings are no error.
+        {LR"({"*":{"exitCode":0,"stdout":"{\"ok\":true}","stderr":"warning","grandchild":true}})", Stop::None, 0,
+            "{\"ok\":true}", L""},
+        {LR"({"*":{"hang":true,"grandchild":true}})", Stop::TimeLimit, 1223, "",
+            L"Preparation timed out. Retry or check the tool log."},
+        {LR"({"*":{"hang":true,"grandchild":true}})", Stop::CancelWhileRunning, 1223, "", L"Operation cancelled."},
+        {L"{}", Stop::CancelFirst, 1223, "", L"Operation cancelled."},
+    };
+    SampleInstall install(L"run");
+    const Text sdkInfo = L"sdk-info --sdk " + QuoteCommandArgument(install.SdkPath()) + L" --editor-root "
+        + QuoteCommandArgument(install.EditorRoot());
+    const auto tempBefore = testing::LauncherTempFiles();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(TextToUtf8(row.scenario.substr(0, 100)) + " stop " + std::to_string(static_cast<int>(row.stop)));
+        install.SetToolScenario(row.scenario);
+        const std::size_t callsBefore = install.ToolCalls().size();
+        std::atomic<bool> cancel{row.stop == Stop::CancelFirst};
+        ToolInvocation invocation = Invocation(install, sdkInfo);
+        invocation.cancelFlag = &cancel;
+        // Cancels once the tool has logged that it runs; RunTool must notice within its poll.
+        std::thread canceller([&] {
+            while (row.stop == Stop::CancelWhileRunning && !cancel) {
+                if (install.ToolCalls().size() > callsBefore) {
+                    cancel = true;
+                }
+                Sleep(10);
+            }
+        });
+        const ULONGLONG start = GetTickCount64();
+        const ToolResult result = RunTool(invocation, row.stop == Stop::TimeLimit ? 400 : kToolTimeLimitMs);
+        cancel = true;  // ends the canceller whatever happened
+        canceller.join();
+        if (row.stop == Stop::TimeLimit) {
+            EXPECT_GE(GetTickCount64() - start, 400u);
         }
-    }
-    return added;
-}
-
-std::vector<DWORD> PidsOf(const std::vector<testing::ToolCallSeen>& calls)
-{
-    std::vector<DWORD> pids;
-    for (const auto& call : calls) {
-        pids.push_back(call.pid);
-        if (call.grandchildPid != 0) {
-            pids.push_back(call.grandchildPid);
+        EXPECT_EQ(result.exitCode, row.exitCode);
+        EXPECT_EQ(result.error, row.error);
+        if (row.output) {
+            EXPECT_EQ(result.output, row.output);
         }
+        std::vector<JsonValue> calls = install.ToolCalls();
+        calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(callsBefore));
+        ASSERT_EQ(calls.size(), row.stop == Stop::CancelFirst ? 0u : 1u);
+        for (const JsonValue& call : calls) {
+            EXPECT_EQ(FindJsonMember(call, L"cwd").text, install.EditorRoot()) << "the child runs in the install";
+        }
+        const std::vector<DWORD> started = testing::ProcessIdsOf(calls);
+        EXPECT_EQ(started.size(), calls.size() * (row.scenario.find(L"grandchild") != Text::npos ? 2 : 1));
+        const std::vector<DWORD> running = testing::ProcessesNamed(L"KorvaneTool.exe");
+        for (const DWORD id : started) {
+            EXPECT_EQ(std::count(running.begin(), running.end(), id), 0) << "outlived the run: " << id;
+        }
+        EXPECT_EQ(testing::LauncherTempFiles(), tempBefore);
     }
-    return pids;
+
+    // The SDK arguments, byte for byte, and as the child splits them back.
+    EXPECT_EQ(BuildSdkArguments(L"C:\\Sdk\\Game.kvsdk", L""), L" --sdk \"C:\\Sdk\\Game.kvsdk\"");
+    EXPECT_EQ(BuildSdkArguments(L"C:\\A.kvsdk", L"C:\\Games\\Title\\"),
+        L" --sdk \"C:\\A.kvsdk\" --game-root \"C:\\Games\\Title\\\\\"");
+    const Text sdk = install.Root() + L"\\SDK \"quoted\" \x6E38\x620F\\Game.kvsdk";
+    const Text game = install.Root() + L"\\Game Folder\\";
+    install.SetToolScenario(LR"({"*":{"exitCode":9}})");
+    RunTool(Invocation(install, L"sdk-preview" + BuildSdkArguments(sdk, game)));
+    const std::vector<Text> expected = {install.ToolPath(), L"sdk-preview", L"--sdk", sdk, L"--game-root", game};
+    EXPECT_EQ(testing::Argv(install.ToolCalls().back()), expected);
 }
 
-TEST(RunTool, CancelBeforeTheStartStartsNothing)
+TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
 {
-    ToolInstall install(L"run-cancel-first");
-    std::atomic<bool> cancel{true};
-    ToolInvocation invocation = Invocation(install, SdkInfo(install));
-    invocation.cancelFlag = &cancel;
-    ToolResult result = RunTool(invocation);
-    EXPECT_EQ(result.exitCode, 1223u);
-    EXPECT_EQ(result.error, L"Operation cancelled.");
-    EXPECT_TRUE(install.Calls().empty());
-
-    invocation.editorRoot = install.Path(L"nowhere");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.exitCode, 1223u) << "the cancel is looked at before the tool";
-    EXPECT_EQ(result.error, L"Operation cancelled.");
-}
-
-TEST(RunTool, MissingToolIsKV4210)
-{
-    ToolInstall install(L"run-missing");
-    ToolInvocation invocation = Invocation(install, SdkInfo(install));
-    invocation.editorRoot = install.Path(L"empty-install");
-    testing::MakeDirectories(invocation.editorRoot);
+    testing::ScratchDirectory empty(L"run-missing");
+    ToolInvocation invocation;
+    invocation.editorRoot = empty.Path();
+    invocation.arguments = L"sdk-info";
     ToolResult result = RunTool(invocation);
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.error, L"KV4210: KorvaneTool.exe is missing. Repair the Mod Editor installation.");
 
     // A folder where the tool should be is no tool either.
-    testing::MakeDirectories(JoinPath(invocation.editorRoot, L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe"));
+    testing::MakeDirectories(empty / L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe");
     SetUiLanguage(L"zh-Hans");
     result = RunTool(invocation);
     SetUiLanguage(L"en");
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.error, L"KV4210: 缺少 KorvaneTool.exe。请修复完整 Mod 编辑器安装。");
-}
 
-TEST(RunTool, FailedRunsReportTheToolsOwnWords)
-{
-    ToolInstall install(L"run-failures");
-    const ToolInvocation invocation = Invocation(install, SdkInfo(install));
-
-    install.SetScenario(R"({"*":{"exitCode":3,"stdout":"only on stdout"}})");
-    ToolResult result = RunTool(invocation);
-    EXPECT_EQ(result.exitCode, 3u);
-    EXPECT_EQ(result.error, L"only on stdout");
-    EXPECT_EQ(result.output, "only on stdout");
-
-    install.SetScenario(R"({"*":{"exitCode":3,"stdout":"on stdout","stderr":"\u00e9 on stderr"}})");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.error, L"\x00E9 on stderr");
-
-    install.SetScenario(R"({"*":{"exitCode":3,"stdout":"","stderr":""}})");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.error, L"KorvaneTool failed (exit code 3).");
-
-    install.SetScenario(R"({"*":{"exitCode":3221225477,"stdout":"","stderr":""}})");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.exitCode, 3221225477u);
-    EXPECT_EQ(result.error, L"KorvaneTool failed (exit code 3221225477).");
-
-    install.SetScenario(R"({"*":{"exitCode":4,"stdout":"fallback","stderr":"broken","invalidUtf8":"stderr"}})");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.error, L"fallback") << "standard error that is not UTF-8 is no text";
-
-    install.SetScenario(R"({"*":{"exitCode":2,"stdout":"","stderr":")" + Bytes(10000, 'x') + R"("}})");
-    result = RunTool(invocation);
-    EXPECT_EQ(result.error, Text(8192, L'x'));
-
-    EXPECT_EQ(install.Calls().size(), 6u);
-    for (const auto& call : install.Calls()) {
-        EXPECT_EQ(call.cwd, install.Root()) << "the child runs in the install";
-    }
-}
-
-TEST(RunTool, OversizedOutputArrivesEmpty)
-{
-    ToolInstall install(L"run-flood");
-    const auto before = testing::LauncherTempFiles();
-    install.SetScenario(R"({"*":{"exitCode":0,"stdout":"{}","stdoutMiB":9}})");
-    ToolResult result = RunTool(Invocation(install, SdkInfo(install)));
-    EXPECT_EQ(result.exitCode, 0u);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.error, L"");
-
-    install.SetScenario(R"({"*":{"exitCode":6,"stdout":"words","stderrMiB":9}})");
-    result = RunTool(Invocation(install, SdkInfo(install)));
-    EXPECT_EQ(result.error, L"words") << "an oversized standard error counts as none";
-    EXPECT_EQ(testing::LauncherTempFiles(), before);
-}
-
-TEST(RunTool, ArgumentsReachTheChildIntact)
-{
-    ToolInstall install(L"run-arguments");
-    const Text sdk = install.Path(L"SDK \"quoted\" \x6E38\x620F\\Game.kvsdk");
-    const Text game = install.Path(L"Game Folder\\");
-    install.SetScenario(R"({"*":{"exitCode":9}})");
-    RunTool(Invocation(install, L"sdk-preview" + BuildSdkArguments(sdk, game)));
-    const auto calls = install.Calls();
-    ASSERT_EQ(calls.size(), 1u);
-    const std::vector<Text> expected = {install.ToolPath(), L"sdk-preview", L"--sdk", sdk, L"--game-root", game};
-    EXPECT_EQ(calls[0].argv, expected);
-}
-
-TEST(RunTool, TimeOutKillsTheToolAndItsGrandchild)
-{
-    ToolInstall install(L"run-timeout");
-    const auto before = testing::LauncherTempFiles();
-    const auto toolsBefore = testing::ProcessesNamed(L"KorvaneTool.exe");
-    install.SetScenario(R"({"*":{"hang":true,"grandchild":true}})");
-    const ULONGLONG start = GetTickCount64();
-    const ToolResult result = RunTool(Invocation(install, SdkInfo(install)), 400);
-    EXPECT_GE(GetTickCount64() - start, 400u);
-    EXPECT_EQ(result.exitCode, 1223u);
-    EXPECT_EQ(result.error, L"Preparation timed out. Retry or check the tool log.");
-    const auto calls = install.Calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_NE(calls[0].grandchildPid, 0u) << "the grandchild was started";
-    EXPECT_FALSE(testing::AnyAlive(PidsOf(calls))) << "tool or grandchild outlived the run";
-    EXPECT_TRUE(NewToolProcesses(toolsBefore).empty());
-    EXPECT_EQ(testing::LauncherTempFiles(), before);
-}
-
-TEST(RunTool, CancelDuringTheRunKillsEverything)
-{
-    ToolInstall install(L"run-cancel");
-    const auto before = testing::LauncherTempFiles();
-    const auto toolsBefore = testing::ProcessesNamed(L"KorvaneTool.exe");
-    install.SetScenario(R"({"*":{"hang":true,"grandchild":true}})");
-    std::atomic<bool> cancel{false};
-    ToolInvocation invocation = Invocation(install, SdkInfo(install));
+    std::atomic<bool> cancel{true};
     invocation.cancelFlag = &cancel;
-
-    // Cancel once the tool has said it runs; RunTool must notice within its poll.
-    std::thread canceller([&] {
-        const ULONGLONG deadline = GetTickCount64() + 60000;
-        while (install.Calls().empty() && GetTickCount64() < deadline) {
-            Sleep(10);
-        }
-        cancel = true;
-    });
-    const ToolResult result = RunTool(invocation);
-    canceller.join();
+    result = RunTool(invocation);
     EXPECT_EQ(result.exitCode, 1223u);
-    EXPECT_EQ(result.error, L"Operation cancelled.");
-    EXPECT_FALSE(testing::AnyAlive(PidsOf(install.Calls())));
-    EXPECT_TRUE(NewToolProcesses(toolsBefore).empty());
-    EXPECT_EQ(testing::LauncherTempFiles(), before);
-}
-
-TEST(RunTool, NormalEndTakesALeftoverGrandchildAlong)
-{
-    ToolInstall install(L"run-grandchild");
-    const auto before = testing::LauncherTempFiles();
-    const auto toolsBefore = testing::ProcessesNamed(L"KorvaneTool.exe");
-    install.SetScenario(R"({"*":{"exitCode":0,"stdout":"{\"ok\":true}","grandchild":true}})");
-    const ToolResult result = RunTool(Invocation(install, SdkInfo(install)));
-    EXPECT_EQ(result.exitCode, 0u);
-    EXPECT_EQ(result.output, "{\"ok\":true}");
-    EXPECT_FALSE(testing::AnyAlive(PidsOf(install.Calls())));
-    EXPECT_TRUE(NewToolProcesses(toolsBefore).empty());
-    EXPECT_EQ(testing::LauncherTempFiles(), before) << "the grandchild held the output files";
+    EXPECT_EQ(result.error, L"Operation cancelled.") << "the cancel is looked at before the tool";
 }
 
 }  // namespace
