@@ -1,0 +1,276 @@
+// Finding the editor install from where the launcher stands, its engine version, the languages
+// it offers, the mapping of a requested code, and the settings path of its version.
+#include "LanguageTestFiles.h"
+
+#include "foundation/KnownFolders.h"
+#include "language/EngineVersion.h"
+#include "language/EngineVersionText.h"
+#include "language/LanguageChoice.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+namespace korvane {
+namespace {
+
+using testing::MakeEditorInstall;
+using testing::ScratchDirectory;
+using testing::WriteFileBytes;
+
+constexpr wchar_t kEditorVersionFile[] = L"Engine\\Binaries\\Win64\\UnrealEditor.version";
+constexpr wchar_t kBuildVersionFile[] = L"Engine\\Build\\Build.version";
+
+TEST(EngineVersionText, SearchesBehaveAsTheirPatterns)
+{
+    const std::pair<Bytes, Bytes> cases[] = {
+        {FindMajorVersion("{\"MajorVersion\"\t \r\n\v\f:\n  05,"), "05"},  // all six blanks, digits as written
+        {FindMajorVersion("\"MajorVersion\": \"5\", \"MajorVersion\":12x"), "12"},  // the first place that matches
+        {FindMajorVersion("MajorVersion: 5"), ""},
+        {FindMajorVersion("\"majorversion\": 5"), ""},
+        {FindMajorVersion("\"MajorVersion\" - 5"), ""},
+        {FindMajorVersion("\"MajorVersion\":\xC2\xA0" "5"), ""},  // no blank outside ASCII
+        {FindMinorVersion("\"MinorVersion\":3,\"MajorVersion\":5"), "3"},
+        {FindMinorVersion("\"MinorVersion\":"), ""},
+        {FindProjectEngineVersion("{\"EngineAssociation\" :\t\"5.3\"}"), "5.3"},
+        {FindProjectEngineVersion("\"EngineAssociation\": \"5.9\", \"EngineAssociation\": \"5.0\""), "5.0"},
+        {FindProjectEngineVersion("\"EngineAssociation\": \"4.27\""), ""},
+        {FindProjectEngineVersion("\"EngineAssociation\": \"5.10\""), ""},
+        {FindProjectEngineVersion("\"EngineAssociation\": \"5.3 \""), ""},
+        {FindProjectEngineVersion("\"EngineAssociation\": 5.3"), ""},
+        {FindProjectEngineVersion("\"EngineAssociation\": \"{6A1C0F7E-4A4B-4F2B-9C4E-000000000000}\""), ""},
+    };
+    for (size_t index = 0; index < std::size(cases); ++index) {
+        EXPECT_EQ(cases[index].first, cases[index].second) << "case " << index;
+    }
+    // A run of blanks or digits as long as the largest version file must not exhaust the stack.
+    const Bytes blanks(1048000, ' ');
+    EXPECT_EQ(FindMajorVersion("\"MajorVersion\"" + blanks + ":" + blanks + Bytes(500, '7')), Bytes(500, '7'));
+
+    EXPECT_TRUE(IsSupportedEngineVersion(L"5.0") && IsSupportedEngineVersion(L"5.8"));
+    for (const wchar_t* outside : {L"5.9", L"4.27", L"5.10", L"5.", L"5,3", L"6.0", L"", L" 5.3", L"05.3"}) {
+        EXPECT_FALSE(IsSupportedEngineVersion(outside)) << TextToUtf8(outside);
+    }
+}
+
+TEST(EngineVersion, FirstOfTheTwoFilesThatHoldsBothNumbersWins)
+{
+    ScratchDirectory scratch(L"engine-version");
+    const wchar_t* const real[][3] = {
+        {L"binaries_version\\ue5.2_engine_gyakkul__SideProject\\UnrealEditor.version", kEditorVersionFile, L"5.2"},
+        {L"binaries_version\\ue4.27_engine_caobin2019__UnrealEngine\\UE4Editor.version", kEditorVersionFile, L"4.27"},
+        {L"build_version\\ue4.16.3_sphills__LootTheRoom\\Build.version", kBuildVersionFile, L"4.16"},
+        {L"build_version\\ue5.0.3_elmachotroso__unreal_devtoolbox\\Build.version", kBuildVersionFile, L"5.0"},
+        {L"build_version\\ue5.7.3_strangezakary__Crane\\Build.version", kBuildVersionFile, L"5.7"},
+    };
+    for (const auto& sample : real) {
+        const Text install = scratch / LastPathComponent(ParentPath(sample[0]));
+        WriteFileBytes(JoinPath(install, sample[1]), testing::ReadRealData(sample[0]));
+        EXPECT_EQ(ReadEngineVersion(install), sample[2]) << TextToUtf8(sample[0]);
+    }
+
+    const Text install = scratch / L"install";
+    EXPECT_EQ(ReadEngineVersion(install), L"");
+    EXPECT_EQ(ReadEngineVersion(L""), L"");
+    WriteFileBytes(JoinPath(install, kBuildVersionFile), "{\"MajorVersion\": 5, \"MinorVersion\": 4}");
+    Bytes largest = "{\"MajorVersion\": 5, \"MinorVersion\": 2, \"Pad\": \"";
+    largest.append(1048576 - largest.size() - 2, 'x');
+    largest += "\"}";
+    const std::pair<Bytes, const wchar_t*> editorFiles[] = {
+        {"{\"MajorVersion\": 5, \"PatchVersion\": 1}", L"5.4"},  // the major number alone passes on
+        {"{\"MinorVersion\": 1, \"MajorVersion\": 5}", L"5.1"},
+        {"{\"MajorVersion\": 5, \"MinorVersion\": 9}", L"5.9"},  // the range is the caller's business
+        {largest, L"5.2"},                                        // 1 MiB is read
+        {largest + " ", L"5.4"},                                  // one byte more is passed over
+    };
+    for (const auto& [bytes, version] : editorFiles) {
+        WriteFileBytes(JoinPath(install, kEditorVersionFile), bytes);
+        EXPECT_EQ(ReadEngineVersion(install), version) << bytes.substr(0, 60);
+    }
+    testing::MakeDirectories(scratch / L"folder\\Engine\\Binaries\\Win64\\UnrealEditor.version");
+    WriteFileBytes(scratch / L"folder\\Engine\\Build\\Build.version", "\"MajorVersion\":5,\"MinorVersion\":0");
+    EXPECT_EQ(ReadEngineVersion(scratch / L"folder"), L"5.0") << "a folder is no version file";
+}
+
+TEST(EditorInstall, NearestWholeInstallWinsInItsOrder)
+{
+    ScratchDirectory scratch(L"install-order");
+    Text version;
+    EXPECT_EQ(FindEditorInstall(L"", version), L"");
+    // The start itself, without any version, before its KorvaneEditor folder.
+    const Text beside = scratch / L"beside";
+    MakeEditorInstall(beside, L"");
+    MakeEditorInstall(JoinPath(beside, L"KorvaneEditor"), L"5.3");
+    EXPECT_EQ(FindEditorInstall(beside, version), beside);
+    // Its KorvaneEditor folder, then a version folder of that.
+    const Text game = scratch / L"game";
+    MakeEditorInstall(JoinPath(game, L"KorvaneEditor"), L"5.1");
+    MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.2"), L"5.2");
+    EXPECT_EQ(FindEditorInstall(game, version), JoinPath(game, L"KorvaneEditor"));
+    // Only the one whole version folder counts; from deep inside, the nearest install wins.
+    const Text versioned = scratch / L"versioned";
+    MakeEditorInstall(JoinPath(versioned, L"KorvaneEditor\\5.2"), L"5.2");
+    testing::MakeDirectories(JoinPath(versioned, L"KorvaneEditor\\5.3"));
+    testing::MakeDirectories(JoinPath(versioned, L"KorvaneEditor\\5.9\\Engine\\Content\\Localization\\Editor"));
+    MakeEditorInstall(JoinPath(versioned, L"Mods\\KorvaneEditor\\5.3"), L"5.4");  // files name another version
+    MakeEditorInstall(JoinPath(versioned, L"Mods\\One\\KorvaneEditor\\5.3"), L"");
+    testing::MakeDirectories(JoinPath(versioned, L"Mods\\One\\Content"));
+    EXPECT_EQ(FindEditorInstall(JoinPath(versioned, L"Mods\\One\\Content"), version),
+        JoinPath(versioned, L"KorvaneEditor\\5.2"));
+    EXPECT_EQ(version, L"") << "a version folder does not pin the version";
+    // Two whole version folders: neither is taken, and the walk goes on upwards.
+    MakeEditorInstall(JoinPath(versioned, L"two\\KorvaneEditor\\5.3"), L"5.3");
+    MakeEditorInstall(JoinPath(versioned, L"two\\KorvaneEditor\\5.4"), L"5.4");
+    EXPECT_EQ(FindEditorInstall(JoinPath(versioned, L"two"), version), JoinPath(versioned, L"KorvaneEditor\\5.2"));
+    // A required version passes over installs of other versions.
+    Text required = L"5.2";
+    EXPECT_EQ(FindEditorInstall(game, required), JoinPath(game, L"KorvaneEditor\\5.2"));
+    required = L"5.7";
+    EXPECT_EQ(FindEditorInstall(game, required), game) << "nothing found: the start comes back";
+    EXPECT_EQ(required, L"5.7");
+}
+
+TEST(EditorInstall, ProjectFilePinsTheVersionForTheRestOfTheWalk)
+{
+    ScratchDirectory scratch(L"install-project");
+    const Text root = scratch / L"root";
+    MakeEditorInstall(JoinPath(root, L"KorvaneEditor"), L"5.4");
+    MakeEditorInstall(JoinPath(root, L"KorvaneEditor\\5.3"), L"5.3");
+    const Text game = JoinPath(root, L"Game");
+    // Only C names a version in range; the others are passed over whatever the listing order.
+    WriteFileBytes(JoinPath(game, L"A.uproject"), "{\"EngineAssociation\": \"5.9\"}");
+    WriteFileBytes(JoinPath(game, L"B.uproject"), testing::ReadRealData(L"uproject\\ue4.27_21cu0315__Rockman\\Rockman.uproject"));
+    WriteFileBytes(JoinPath(game, L"C.uproject"), testing::ReadRealData(L"uproject\\ue5.3_02020fan__FirstGame\\FPS.uproject"));
+    WriteFileBytes(JoinPath(game, L"D.UPROJECT"), "{\"EngineAssociation\": \"5.4\"}");
+    testing::MakeDirectories(JoinPath(game, L"Source\\Game"));
+    Text version;
+    EXPECT_EQ(FindEditorInstall(JoinPath(game, L"Source\\Game"), version), JoinPath(root, L"KorvaneEditor\\5.3"))
+        << "the pinned 5.3 passes over the 5.4 install that stands nearer";
+    EXPECT_EQ(version, L"5.3");
+    Text required = L"5.4";
+    EXPECT_EQ(FindEditorInstall(game, required), JoinPath(root, L"KorvaneEditor")) << "a version that came in stays";
+    EXPECT_EQ(required, L"5.4");
+
+    // A project file of 1 MiB is too large and one in capitals is no project file; one byte less is read.
+    const Text other = JoinPath(root, L"Other");
+    WriteFileBytes(JoinPath(other, L"Upper.UPROJECT"), "{\"EngineAssociation\": \"5.3\"}");
+    Bytes oversized = "{\"EngineAssociation\": \"5.3\", \"Pad\": \"";
+    oversized.append(1048576 - oversized.size() - 2, 'x');
+    WriteFileBytes(JoinPath(other, L"Big.uproject"), oversized + "\"}");
+    version.clear();
+    EXPECT_EQ(FindEditorInstall(other, version), JoinPath(root, L"KorvaneEditor"));
+    EXPECT_EQ(version, L"");
+    WriteFileBytes(JoinPath(other, L"Big.uproject"), oversized + "}");
+    EXPECT_EQ(FindEditorInstall(other, version), JoinPath(root, L"KorvaneEditor\\5.3"));
+    EXPECT_EQ(version, L"5.3");
+}
+
+std::vector<std::pair<Text, Text>> Rows(const std::vector<LanguageRow>& rows)
+{
+    std::vector<std::pair<Text, Text>> pairs;
+    for (const LanguageRow& row : rows) {
+        pairs.emplace_back(row.code, row.displayName);
+    }
+    return pairs;
+}
+
+Text NativeLanguageName(const wchar_t* code)
+{
+    wchar_t buffer[128] = {};
+    EXPECT_GT(GetLocaleInfoEx(code, LOCALE_SNATIVELANGUAGENAME, buffer, 128), 0);
+    return buffer;
+}
+
+TEST(EditorLanguages, CultureFoldersWithEditorTextsSortedWithTheirNames)
+{
+    ScratchDirectory scratch(L"languages-list");
+    const Text install = scratch / L"all";
+    MakeEditorInstall(install, L"5.3", {L"zh-Hans", L"pt-BR", L"ko", L"fr", L"ja", L"es", L"en", L"es-419"});
+    const Text cultures = JoinPath(install, L"Engine\\Content\\Localization\\Editor");
+    WriteFileBytes(JoinPath(cultures, L"de\\Editor.manifest"), "only the manifest");
+    WriteFileBytes(JoinPath(cultures, L"Fonts\\Editor.locres"), "no locale name");
+    WriteFileBytes(JoinPath(cultures, L"xx-YY\\Editor.locres"), "no locale name");
+    testing::MakeDirectories(JoinPath(cultures, L"it\\Editor.locres"));  // a folder, not the file
+    WriteFileBytes(JoinPath(cultures, L"ru"), "a file named like a culture");
+    const std::vector<std::pair<Text, Text>> expected = {{L"en", L"English"}, {L"es", L"Espa\u00F1ol"},
+        {L"es-419", NativeLanguageName(L"es-419")}, {L"fr", NativeLanguageName(L"fr")}, {L"ja", L"\u65E5\u672C\u8A9E"},
+        {L"ko", L"\uD55C\uAD6D\uC5B4"}, {L"pt-BR", L"Portugu\u00EAs (Brasil)"}, {L"zh-Hans", L"\u7B80\u4F53\u4E2D\u6587"}};
+    EXPECT_EQ(Rows(ListEditorLanguages(install)), expected);
+
+    // Without culture folders only English; without "en" nothing is added; upper case sorts
+    // first; "EN" is not "en" but finds its name in the table.
+    const std::vector<std::pair<Text, Text>> english = {{L"en", L"English"}};
+    MakeEditorInstall(scratch / L"empty", L"5.3", {});
+    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"empty")), english);
+    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"nothing-here")), english);
+    EXPECT_EQ(Rows(ListEditorLanguages(L"")), english);
+    MakeEditorInstall(scratch / L"others", L"5.3", {L"ko", L"EN", L"ja"});
+    const auto others = Rows(ListEditorLanguages(scratch / L"others"));
+    ASSERT_EQ(others.size(), 3u);
+    EXPECT_EQ(others[0], (std::pair<Text, Text>{L"EN", L"English"}));
+    EXPECT_EQ(others[1].first + others[2].first, L"jako");
+
+    // The list comes from the install the walk finds.
+    const Text game = scratch / L"game";
+    MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.3"), L"5.3", {L"en", L"ja"});
+    MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.4"), L"5.4", {L"en", L"ko"});
+    EXPECT_EQ(Rows(ListEditorLanguages(game)), english) << "two versions and no project";
+    EXPECT_EQ(ListEditorLanguages(game, L"5.4").back().code, L"ko");
+    WriteFileBytes(JoinPath(game, L"Game.uproject"), "{\"EngineAssociation\": \"5.3\"}");
+    EXPECT_EQ(ListEditorLanguages(game).back().code, L"ja");
+}
+
+TEST(ResolveLanguage, FollowsItsSevenSteps)
+{
+    const std::vector<LanguageRow> all = {
+        {L"en", L"English"}, {L"es", L""}, {L"ja", L""}, {L"ko", L""}, {L"pt-BR", L""}, {L"zh-Hans", L""}};
+    const std::vector<LanguageRow> plainZh = {{L"en", L""}, {L"zh", L""}};
+    const std::vector<LanguageRow> noChinese = {{L"en", L""}, {L"ja", L""}};
+    const std::vector<LanguageRow> noEnglish = {{L"ja", L""}, {L"ko", L""}};
+    const std::vector<LanguageRow> oddSpelling = {{L"EN", L""}, {L"Zh-hans", L""}};
+    const struct {
+        const std::vector<LanguageRow>& rows;
+        const wchar_t* requested;
+        const wchar_t* expected;
+    } cases[] = {
+        {all, L"ja", L"ja"}, {all, L"JA", L"ja"},  // the row's spelling comes back
+        {all, L"PT_br", L"pt-BR"}, {all, L"zh", L"zh-Hans"}, {all, L"ZH", L"zh-Hans"}, {all, L"zh_CN", L"zh-Hans"},
+        {all, L"zh-Hans-CN", L"zh-Hans"}, {all, L"zh-SG", L"zh-Hans"},
+        {all, L"zh-cn", L"en"},  // the region is case-sensitive
+        {all, L"zh-TW", L"en"}, {all, L"zh-Hant", L"en"}, {all, L"zh-Hant-HK", L"en"},  // never Simplified
+        {all, L"pt-PT", L"en"},  // the base "pt" is no row
+        {all, L"ko-KR", L"ko"}, {all, L"es_MX", L"es"}, {all, L"ja-JP-u-ca-japanese", L"ja"},
+        {all, L"fr", L"en"}, {all, L"", L"en"}, {all, L"-", L"en"},
+        {plainZh, L"zh-CN", L"zh"}, {plainZh, L"zh-TW", L"zh"},  // no zh-Hans row: the base decides
+        {noChinese, L"zh", L"en"},
+        {noEnglish, L"fr", L"en"},                          // "en" even when it is not listed
+        {oddSpelling, L"fr", L"en"},                        // step 6 wants exactly "en"
+        {oddSpelling, L"zh-CN", L"en"},                     // step 4 wants exactly "zh-Hans"
+        {oddSpelling, L"zh_hans", L"Zh-hans"},
+    };
+    for (const auto& sample : cases) {
+        EXPECT_EQ(ResolveLanguage(sample.rows, sample.requested), sample.expected) << TextToUtf8(sample.requested);
+    }
+    EXPECT_EQ(ResolveLanguage({}, L"ja"), L"en");
+}
+
+TEST(EditorSettingsPath, OnlyEngineVersionsFiveZeroToFiveEightHaveOne)
+{
+    ScratchDirectory scratch(L"settings-path");
+    const Text localAppData = LocalAppDataFolder();
+    ASSERT_FALSE(localAppData.empty());
+    MakeEditorInstall(scratch / L"beside", L"5.3");
+    EXPECT_EQ(EditorSettingsPath(scratch / L"beside"),
+        localAppData + L"\\UnrealEngine\\5.3\\Saved/Config/WindowsEditor/EditorSettings.ini");
+    MakeEditorInstall(scratch / L"game\\KorvaneEditor\\5.8", L"5.8");
+    EXPECT_EQ(EditorSettingsPath(scratch / L"game"),
+        localAppData + L"\\UnrealEngine\\5.8\\Saved/Config/WindowsEditor/EditorSettings.ini");
+    for (const wchar_t* outside : {L"5.9", L"4.27", L"5.10", L""}) {
+        MakeEditorInstall(scratch / (Text(L"v") + outside), outside);
+        EXPECT_EQ(EditorSettingsPath(scratch / (Text(L"v") + outside)), L"") << TextToUtf8(outside);
+    }
+    EXPECT_EQ(EditorSettingsPath(L""), L"");
+}
+
+}  // namespace
+}  // namespace korvane
