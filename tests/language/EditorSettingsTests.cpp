@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
+#include <regex>
 
 namespace korvane {
 namespace {
@@ -20,20 +22,6 @@ using testing::Utf16Bytes;
 using testing::WriteFileBytes;
 
 constexpr char kNewSection[] = "\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n";
-
-TEST(EditorSettingsText, DecodesBothEncodingsAndRefusesBrokenUtf8)
-{
-    SettingsText decoded;
-    ASSERT_TRUE(DecodeSettingsBytes(BytesView("\xFF\xFE[\0A\0\x3D\xD8\x00\xDE" "B", 11), decoded));
-    EXPECT_TRUE(decoded.utf16);
-    EXPECT_EQ(decoded.text, L"[A\xD83D\xDE00") << "pairs from byte 2; a lone last byte is dropped";
-    ASSERT_TRUE(DecodeSettingsBytes("\xEF\xBB\xBF[A]\r\n\xE4\xB8\xAD", decoded));
-    EXPECT_FALSE(decoded.utf16);
-    EXPECT_EQ(decoded.text, L"[A]\r\n\x4E2D") << "the UTF-8 mark is dropped";
-    EXPECT_FALSE(DecodeSettingsBytes("[Internationalization]\nLanguage=fr\n\xC0\xAF", decoded));
-    EXPECT_EQ(decoded.text, L"") << "one malformed sequence empties everything";
-    EXPECT_FALSE(DecodeSettingsBytes(BytesView("\xFE\xFF[\0", 4), decoded)) << "a big-endian mark is no UTF-16 here";
-}
 
 TEST(EditorSettingsText, ReaderFollowsTheGrammar)
 {
@@ -47,9 +35,8 @@ TEST(EditorSettingsText, ReaderFollowsTheGrammar)
         {L"[Internationalization]\nLanguage=\"", L"\""},  // one quote is kept
         {L"[Internationalization]\nLanguage=\"zh-Hans", L"\"zh-Hans"},
         {L"[Internationalization]\nLanguage=a=b", L"a=b"},  // split at the first =
-        {L"", L""},
+        {L"", L""}, {L"[Other]\nLanguage=fr\n", L""},
         {L"Language=fr\n[Internationalization]\n", L""},  // before any section
-        {L"[Other]\nLanguage=fr\n", L""},
         {L"[ Internationalization ]\nLanguage=fr\n", L""},  // the name is not trimmed
         {L"[Internationalization]\n; Language=fr\n#Language=de\n;Culture=it", L""},
         {L"[Internationalization]\nLanguage fr\nLanguages=de\n", L""},
@@ -94,17 +81,11 @@ TEST(EditorSettingsText, RewritePlacesOneBlockKeepsEveryOtherLineAndIsStable)
     }
 }
 
-// Every line feed preceded by a carriage return, and one at the very end.
-Bytes WithCrlf(BytesView bytes)
+// Every line ended by CR LF, the last one too.
+Bytes WithCrlf(const Bytes& bytes)
 {
-    Bytes result;
-    for (size_t index = 0; index < bytes.size(); ++index) {
-        if (bytes[index] == '\n' && (index == 0 || bytes[index - 1] != '\r')) {
-            result.push_back('\r');
-        }
-        result.push_back(bytes[index]);
-    }
-    return result.ends_with("\r\n") ? result : result + "\r\n";
+    const Bytes crlf = std::regex_replace(bytes, std::regex("\r?\n"), "\r\n");
+    return crlf.ends_with("\r\n") ? crlf : crlf + "\r\n";
 }
 
 // Names in the folder, to see that no sibling file was left behind.
@@ -120,39 +101,39 @@ std::vector<Text> FolderNames(TextView folder)
 TEST(EditorSettingsFile, EncodingsAreKeptOrDroppedAndAMissingFileIsMade)
 {
     ScratchDirectory scratch(L"settings-encodings");
-    // The real path ends in forward slashes; the folders must still be made one by one.
-    const Text missing = scratch / L"UnrealEngine\\5.3\\Saved/Config/WindowsEditor/EditorSettings.ini";
-    EXPECT_EQ(ReadEditorLanguageSetting(missing), L"");
-    ASSERT_TRUE(SaveEditorLanguageSetting(missing, L"ja"));
-    EXPECT_EQ(ReadFileBytes(missing), kNewSection) << "no byte-order mark, CR LF";
-    EXPECT_EQ(FolderNames(ParentPath(missing)), std::vector<Text>{L"EditorSettings.ini"});
-
     const struct {
         const wchar_t* name;
-        Bytes before;
+        std::optional<Bytes> before;
         const wchar_t* code;
         Bytes after;
     } cases[] = {
+        // The real path ends in forward slashes; the folders must still be made one by one.
+        {L"UnrealEngine\\5.3\\Saved/Config/WindowsEditor/EditorSettings.ini", std::nullopt, L"ja", kNewSection},
         {L"utf16.ini", "\xFF\xFE" + Utf16Bytes(u"[Internationalization]\nLanguage=ko\n[\u30B2\u30FC\u30E0]\nA=\u4E2D"),
             L"zh-Hans",
             "\xFF\xFE" + Utf16Bytes(u"[Internationalization]\r\nLanguage=zh-Hans\r\nCulture=\r\n[\u30B2\u30FC\u30E0]\r\n"
                                     u"A=\u4E2D\r\n")},
         {L"utf8.ini", "\xEF\xBB\xBF[Internationalization]\r\nCulture=\"es\"\r\n[\xE6\xB8\xB8]\r\n", L"pt-BR",
             "[Internationalization]\r\nLanguage=pt-BR\r\nCulture=\r\n[\xE6\xB8\xB8]\r\n"},
-        // A lone UTF-16 mark is an empty UTF-16 text: the new section comes in UTF-16.
-        {L"lone-mark.ini", "\xFF\xFE", L"ja",
-            "\xFF\xFE" + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n")},
+        // A lone UTF-16 mark is an empty UTF-16 text: the new section comes in UTF-16. A lone last byte is dropped.
+        {L"lone-mark.ini", "\xFF\xFE", L"ja", "\xFF\xFE" + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n")},
+        {L"odd.ini", "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]") + "X", L"ko",
+            "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]\r\n\r\n[Internationalization]\r\nLanguage=ko\r\nCulture=\r\n")},
     };
     for (const auto& sample : cases) {
         const Text path = scratch / sample.name;
-        WriteFileBytes(path, sample.before);
+        if (sample.before) {
+            WriteFileBytes(path, *sample.before);
+        }
         ASSERT_TRUE(SaveEditorLanguageSetting(path, sample.code)) << TextToUtf8(sample.name);
         EXPECT_TRUE(ReadFileBytes(path) == sample.after) << TextToUtf8(sample.name);
         EXPECT_EQ(ReadEditorLanguageSetting(path), sample.code) << TextToUtf8(sample.name);
         ASSERT_TRUE(SaveEditorLanguageSetting(path, sample.code));
         EXPECT_TRUE(ReadFileBytes(path) == sample.after) << "the same code twice: " << TextToUtf8(sample.name);
     }
-    EXPECT_EQ(ReadEditorLanguageSetting(scratch / L"utf16.ini"), L"zh-Hans");
+    // No sibling file is left behind.
+    EXPECT_EQ(FolderNames(scratch.Path()).size(), std::size(cases));  // UnrealEngine and the four files
+    EXPECT_EQ(FolderNames(ParentPath(scratch / cases[0].name)), std::vector<Text>{L"EditorSettings.ini"});
 }
 
 TEST(EditorSettingsFile, RealEngineFilesComeBackWholeButForTheBlockAndLineEnds)
@@ -196,8 +177,10 @@ TEST(EditorSettingsFile, UnusableFilesAreNeitherReadNorTouched)
     EXPECT_EQ(ReadEditorLanguageSetting(path), L"es") << "2 MiB is read";
     EXPECT_TRUE(SaveEditorLanguageSetting(path, L"ko"));
 
+    // Too large, empty, malformed UTF-8, a lone UTF-8 mark, Latin-1, a big-endian mark.
     for (const Bytes& bytes : {largest + "\n", Bytes(), Bytes("[Internationalization]\r\nLanguage=fr\r\n\xC0\xAF\r\n"),
-             Bytes("\xEF\xBB\xBF"), Bytes("[Internationalization]\r\nLanguage=fr\r\n; caf\xE9\r\n")}) {
+             Bytes("\xEF\xBB\xBF"), Bytes("[Internationalization]\r\nLanguage=fr\r\n; caf\xE9\r\n"),
+             Bytes("\xFE\xFF\0[\0I", 6)}) {
         WriteFileBytes(path, bytes);
         EXPECT_EQ(ReadEditorLanguageSetting(path), L"") << bytes.substr(0, 60);
         EXPECT_FALSE(SaveEditorLanguageSetting(path, L"ja")) << bytes.substr(0, 60);
@@ -209,24 +192,17 @@ TEST(EditorSettingsFile, UnusableFilesAreNeitherReadNorTouched)
     EXPECT_FALSE(SaveEditorLanguageSetting(scratch / L"folder.ini", L"ja"));
     EXPECT_EQ(ReadEditorLanguageSetting(L""), L"");
     EXPECT_FALSE(SaveEditorLanguageSetting(L"", L"ja"));
-}
 
-TEST(EditorSettingsFile, InvalidLocaleNameIsRefusedBeforeTheFileIsTouched)
-{
-    ScratchDirectory scratch(L"settings-locale");
+    // An invalid locale name is refused before the file is touched, or its folder made.
     const Text missing = scratch / L"missing\\EditorSettings.ini";
-    const Text existing = scratch / L"EditorSettings.ini";
-    const Bytes original = "[Internationalization]\nLanguage=ko\n";
-    WriteFileBytes(existing, original);
+    WriteFileBytes(path, largest);
     for (const wchar_t* code : {L"xx-YY", L"not a locale", L"en-", L"qps-ploc"}) {
         EXPECT_FALSE(SaveEditorLanguageSetting(missing, code)) << TextToUtf8(code);
-        EXPECT_FALSE(SaveEditorLanguageSetting(existing, code)) << TextToUtf8(code);
+        EXPECT_FALSE(SaveEditorLanguageSetting(path, code)) << TextToUtf8(code);
     }
-    EXPECT_FALSE(testing::FileExists(ParentPath(missing))) << "not even the folder is made";
-    EXPECT_EQ(ReadFileBytes(existing), original);
-    // The empty code is allowed, and leaves the language to the editor.
-    ASSERT_TRUE(SaveEditorLanguageSetting(existing, L""));
-    EXPECT_EQ(ReadFileBytes(existing), "[Internationalization]\r\nLanguage=\r\nCulture=\r\n");
+    EXPECT_FALSE(testing::FileExists(ParentPath(missing)));
+    EXPECT_TRUE(ReadFileBytes(path) == largest);
+    EXPECT_TRUE(SaveEditorLanguageSetting(path, L"")) << "the empty code leaves the language to the editor";
 }
 
 TEST(EditorSettingsFile, LockedFileAndFailedRenameLeaveTheOldFile)

@@ -24,7 +24,7 @@ public:
     explicit UserSettingsFile(TextView version)
         : path_(JoinPath(LocalAppDataFolder(), L"UnrealEngine\\" + Text(version) + L"\\Saved\\Config\\WindowsEditor"
                                                    L"\\EditorSettings.ini")),
-          existed_(testing::FileExists(path_)), before_(testing::ReadFileBytes(path_))
+          before_(Get())
     {
         for (Text folder = ParentPath(path_); !folder.empty() && !IsDirectory(folder); folder = ParentPath(folder)) {
             made_ = folder;
@@ -32,8 +32,8 @@ public:
     }
     ~UserSettingsFile()
     {
-        Set(existed_ ? std::optional(before_) : std::nullopt);
-        if (!existed_ && !made_.empty()) {
+        Set(before_);
+        if (!made_.empty()) {
             std::filesystem::remove_all(std::filesystem::path(made_));
         }
     }
@@ -56,52 +56,42 @@ public:
 
 private:
     Text path_;
+    std::optional<Bytes> before_;
     Text made_;
-    bool existed_ = false;
-    Bytes before_;
 };
 
-// Launcher and editor side by side, or the editor in `editorFolder` below the launcher.
-class LanguageInstall {
-public:
-    LanguageInstall(TextView label, TextView version, std::initializer_list<const wchar_t*> cultures,
-        TextView editorFolder = {})
-        : scratch_(label), root_(scratch_ / L"install")
-    {
-        testing::CopyFileTo(testing::BuiltLauncherPath(), JoinPath(root_, L"KorvaneEditor.exe"));
-        testing::WriteFileBytes(JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");
-        testing::MakeEditorInstall(editorFolder.empty() ? root_ : JoinPath(root_, editorFolder), version, cultures);
-    }
+// The launcher in `root`, and the editor beside it or in `editorFolder` below it.
+void MakeInstall(TextView root, TextView version, std::initializer_list<const wchar_t*> cultures, TextView editorFolder = {})
+{
+    testing::CopyFileTo(testing::BuiltLauncherPath(), JoinPath(root, L"KorvaneEditor.exe"));
+    testing::WriteFileBytes(JoinPath(root, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");
+    testing::MakeEditorInstall(editorFolder.empty() ? Text(root) : JoinPath(root, editorFolder), version, cultures);
+}
 
-    // Runs the launcher with `arguments` and a project file behind them, and checks the box.
-    void ExpectBox(std::vector<Text> arguments, bool chinese, const char* why) const
-    {
-        arguments.push_back(L"Game.uproject");
-        testing::ProcessOptions options;
-        options.currentDirectory = root_;
-        testing::ChildProcess child =
-            testing::ChildProcess::Start(JoinPath(root_, L"KorvaneEditor.exe"), arguments, options);
-        const auto box = testing::WaitForMessageBox(child.Id(), child.Handle());
-        ASSERT_TRUE(box.has_value()) << "the launcher ended without a box: " << why;
-        testing::PressMessageBoxButton(box->window, IDOK);
-        EXPECT_TRUE(child.Wait(30000));
-        EXPECT_EQ(child.ExitCode(), 3u);
-        EXPECT_EQ(box->title, chinese ? L"Korvane \x542F\x52A8\x9519\x8BEF" : L"Korvane launch error") << why;
-        EXPECT_EQ(box->text, chinese ? L"KV4300: \x8BF7\x9009\x62E9 .kvsdk \x6587\x4EF6\x3002\x5DF2\x79FB\x9664 UE "
-                                       L"project SDK \x52A0\x8F7D\x3002"
-                                     : L"KV4300: Select a .kvsdk file. UE project SDK loading has been removed.")
-            << why;
-    }
+// Runs the launcher with `arguments` and a project file behind them, and checks the box it shows.
+void ExpectBox(TextView root, std::vector<Text> arguments, bool chinese, const char* why)
+{
+    arguments.push_back(L"Game.uproject");
+    testing::ProcessOptions options;
+    options.currentDirectory = root;
+    testing::ChildProcess child = testing::ChildProcess::Start(JoinPath(root, L"KorvaneEditor.exe"), arguments, options);
+    const auto box = testing::WaitForMessageBox(child.Id(), child.Handle());
+    ASSERT_TRUE(box.has_value()) << "the launcher ended without a box: " << why;
+    testing::PressMessageBoxButton(box->window, IDOK);
+    EXPECT_TRUE(child.Wait(30000));
+    EXPECT_EQ(child.ExitCode(), 3u);
+    EXPECT_EQ(box->title, chinese ? L"Korvane \x542F\x52A8\x9519\x8BEF" : L"Korvane launch error") << why;
+    EXPECT_EQ(box->text, chinese ? L"KV4300: \x8BF7\x9009\x62E9 .kvsdk \x6587\x4EF6\x3002\x5DF2\x79FB\x9664 UE project SDK "
+                                   L"\x52A0\x8F7D\x3002"
+                                 : L"KV4300: Select a .kvsdk file. UE project SDK loading has been removed.")
+        << why;
+}
 
-private:
-    ScratchDirectory scratch_;
-    Text root_;
-};
-
-TEST(LauncherLanguage, SavedSettingChoosesAndThePreviewOptionOverridesWithoutSaving)
+TEST(LauncherLanguage, SavedSettingOfTheEditorsVersionChoosesAndThePreviewOptionOverridesWithoutSaving)
 {
     const UserSettingsFile settings(L"5.1");
-    const LanguageInstall install(L"language-saved", L"5.1", {L"en", L"ko", L"zh-Hans"});
+    const ScratchDirectory install(L"language-saved");
+    MakeInstall(install.Path(), L"5.1", {L"en", L"ko", L"zh-Hans"});
     const Bytes chinese = "[Internationalization]\nLanguage=zh-Hans\n";
     const Bytes english = "[Internationalization]\r\nLanguage=en\r\n";
     const struct {
@@ -121,17 +111,16 @@ TEST(LauncherLanguage, SavedSettingChoosesAndThePreviewOptionOverridesWithoutSav
     };
     for (const auto& run : runs) {
         settings.Set(run.saved);
-        install.ExpectBox(run.option ? std::vector<Text>{run.option} : std::vector<Text>{}, run.chinese, run.why);
+        ExpectBox(install.Path(), run.option ? std::vector<Text>{run.option} : std::vector<Text>{}, run.chinese, run.why);
         EXPECT_EQ(settings.Get(), run.saved) << "the launcher saves nothing at start: " << run.why;
     }
-}
 
-TEST(LauncherLanguage, EditorInAVersionFolderGivesTheSettingsOfItsVersion)
-{
-    const UserSettingsFile settings(L"5.4");
-    const LanguageInstall install(L"language-versioned", L"5.4", {L"en", L"zh-Hans"}, L"KorvaneEditor\\5.4");
-    settings.Set("[Internationalization]\nLanguage=zh-Hans\n");
-    install.ExpectBox({}, true, "the launcher finds the editor below it and reads its version's settings");
+    // The editor in a version folder below the launcher: the settings of that version count.
+    const UserSettingsFile versioned(L"5.4");
+    const ScratchDirectory below(L"language-versioned");
+    MakeInstall(below.Path(), L"5.4", {L"en", L"zh-Hans"}, L"KorvaneEditor\\5.4");
+    versioned.Set(chinese);
+    ExpectBox(below.Path(), {}, true, "the launcher finds the editor below it and reads its version's settings");
 }
 
 }  // namespace

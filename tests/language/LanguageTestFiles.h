@@ -12,7 +12,7 @@
 namespace korvane::testing {
 
 // Engine/Content/Localization/Editor/<code>/Editor.locres for each code and, unless `version`
-// ("5.3") is empty, Engine/Binaries/Win64/UnrealEditor.version with the fields an engine writes.
+// ("5.3") is empty, Engine/Binaries/Win64/UnrealEditor.version laid out as an engine writes it.
 inline void MakeEditorInstall(TextView install, TextView version, std::initializer_list<const wchar_t*> codes = {L"en"})
 {
     MakeDirectories(JoinPath(install, L"Engine\\Content\\Localization\\Editor"));
@@ -23,8 +23,7 @@ inline void MakeEditorInstall(TextView install, TextView version, std::initializ
     if (const size_t dot = version.find(L'.'); dot != TextView::npos) {
         WriteFileBytes(JoinPath(install, L"Engine\\Binaries\\Win64\\UnrealEditor.version"),
             "{\n\t\"MajorVersion\": " + TextToUtf8(version.substr(0, dot)) + ",\n\t\"MinorVersion\": "
-                + TextToUtf8(version.substr(dot + 1)) + ",\n\t\"PatchVersion\": 1,\n\t\"Changelist\": 0,\n"
-                + "\t\"IsLicenseeVersion\": 1,\n\t\"IsPromotedBuild\": 0,\n\t\"BranchName\": \"\"\n}");
+                + TextToUtf8(version.substr(dot + 1)) + ",\n\t\"PatchVersion\": 1,\n\t\"BranchName\": \"\"\n}");
     }
 }
 
