@@ -88,76 +88,66 @@ TEST(EngineVersion, FirstOfTheTwoFilesThatHoldsBothNumbersWins)
     EXPECT_EQ(ReadEngineVersion(scratch / L"folder"), L"5.0") << "a folder is no version file";
 }
 
-TEST(EditorInstall, NearestWholeInstallWinsInItsOrder)
+TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
 {
-    ScratchDirectory scratch(L"install-order");
-    Text version;
-    EXPECT_EQ(FindEditorInstall(L"", version), L"");
-    // The start itself, without any version, before its KorvaneEditor folder.
-    const Text beside = scratch / L"beside";
-    MakeEditorInstall(beside, L"");
-    MakeEditorInstall(JoinPath(beside, L"KorvaneEditor"), L"5.3");
-    EXPECT_EQ(FindEditorInstall(beside, version), beside);
-    // Its KorvaneEditor folder, then a version folder of that.
-    const Text game = scratch / L"game";
-    MakeEditorInstall(JoinPath(game, L"KorvaneEditor"), L"5.1");
-    MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.2"), L"5.2");
-    EXPECT_EQ(FindEditorInstall(game, version), JoinPath(game, L"KorvaneEditor"));
-    // Only the one whole version folder counts; from deep inside, the nearest install wins.
-    const Text versioned = scratch / L"versioned";
-    MakeEditorInstall(JoinPath(versioned, L"KorvaneEditor\\5.2"), L"5.2");
-    testing::MakeDirectories(JoinPath(versioned, L"KorvaneEditor\\5.3"));
-    testing::MakeDirectories(JoinPath(versioned, L"KorvaneEditor\\5.9\\Engine\\Content\\Localization\\Editor"));
-    MakeEditorInstall(JoinPath(versioned, L"Mods\\KorvaneEditor\\5.3"), L"5.4");  // files name another version
-    MakeEditorInstall(JoinPath(versioned, L"Mods\\One\\KorvaneEditor\\5.3"), L"");
-    testing::MakeDirectories(JoinPath(versioned, L"Mods\\One\\Content"));
-    EXPECT_EQ(FindEditorInstall(JoinPath(versioned, L"Mods\\One\\Content"), version),
-        JoinPath(versioned, L"KorvaneEditor\\5.2"));
-    EXPECT_EQ(version, L"") << "a version folder does not pin the version";
-    // Two whole version folders: neither is taken, and the walk goes on upwards.
-    MakeEditorInstall(JoinPath(versioned, L"two\\KorvaneEditor\\5.3"), L"5.3");
-    MakeEditorInstall(JoinPath(versioned, L"two\\KorvaneEditor\\5.4"), L"5.4");
-    EXPECT_EQ(FindEditorInstall(JoinPath(versioned, L"two"), version), JoinPath(versioned, L"KorvaneEditor\\5.2"));
-    // A required version passes over installs of other versions.
-    Text required = L"5.2";
-    EXPECT_EQ(FindEditorInstall(game, required), JoinPath(game, L"KorvaneEditor\\5.2"));
-    required = L"5.7";
-    EXPECT_EQ(FindEditorInstall(game, required), game) << "nothing found: the start comes back";
-    EXPECT_EQ(required, L"5.7");
-}
-
-TEST(EditorInstall, ProjectFilePinsTheVersionForTheRestOfTheWalk)
-{
-    ScratchDirectory scratch(L"install-project");
-    const Text root = scratch / L"root";
-    MakeEditorInstall(JoinPath(root, L"KorvaneEditor"), L"5.4");
-    MakeEditorInstall(JoinPath(root, L"KorvaneEditor\\5.3"), L"5.3");
-    const Text game = JoinPath(root, L"Game");
+    ScratchDirectory scratch(L"install-walk");
+    // Installs by folder and version ("" for none); a "-" version is a bare folder.
+    const std::pair<const wchar_t*, const wchar_t*> installs[] = {{L"beside", L""}, {L"beside\\KorvaneEditor", L"5.3"},
+        {L"game\\KorvaneEditor", L"5.1"}, {L"game\\KorvaneEditor\\5.2", L"5.2"},
+        {L"versioned\\KorvaneEditor\\5.2", L"5.2"}, {L"versioned\\KorvaneEditor\\5.3", L"-"},
+        {L"versioned\\KorvaneEditor\\5.9", L""},       // named outside the range
+        {L"versioned\\Mods\\KorvaneEditor\\5.3", L"5.4"},  // its files name another version
+        {L"versioned\\Mods\\One\\KorvaneEditor\\5.3", L""}, {L"versioned\\Mods\\One\\Content", L"-"},
+        {L"versioned\\two\\KorvaneEditor\\5.3", L"5.3"}, {L"versioned\\two\\KorvaneEditor\\5.4", L"5.4"},
+        {L"root\\KorvaneEditor", L"5.4"}, {L"root\\KorvaneEditor\\5.3", L"5.3"}, {L"root\\Game\\Source", L"-"}};
+    for (const auto& [folder, version] : installs) {
+        if (TextView(version) == L"-") {
+            testing::MakeDirectories(scratch / folder);
+        } else {
+            MakeEditorInstall(scratch / folder, version);
+        }
+    }
     // Only C names a version in range; the others are passed over whatever the listing order.
+    const Text game = scratch / L"root\\Game";
     WriteFileBytes(JoinPath(game, L"A.uproject"), "{\"EngineAssociation\": \"5.9\"}");
-    WriteFileBytes(JoinPath(game, L"B.uproject"), testing::ReadRealData(L"uproject\\ue4.27_21cu0315__Rockman\\Rockman.uproject"));
-    WriteFileBytes(JoinPath(game, L"C.uproject"), testing::ReadRealData(L"uproject\\ue5.3_02020fan__FirstGame\\FPS.uproject"));
+    WriteFileBytes(JoinPath(game, L"B.uproject"),
+        testing::ReadRealData(L"uproject\\ue4.27_21cu0315__Rockman\\Rockman.uproject"));
+    WriteFileBytes(JoinPath(game, L"C.uproject"),
+        testing::ReadRealData(L"uproject\\ue5.3_02020fan__FirstGame\\FPS.uproject"));
     WriteFileBytes(JoinPath(game, L"D.UPROJECT"), "{\"EngineAssociation\": \"5.4\"}");
-    testing::MakeDirectories(JoinPath(game, L"Source\\Game"));
-    Text version;
-    EXPECT_EQ(FindEditorInstall(JoinPath(game, L"Source\\Game"), version), JoinPath(root, L"KorvaneEditor\\5.3"))
-        << "the pinned 5.3 passes over the 5.4 install that stands nearer";
-    EXPECT_EQ(version, L"5.3");
-    Text required = L"5.4";
-    EXPECT_EQ(FindEditorInstall(game, required), JoinPath(root, L"KorvaneEditor")) << "a version that came in stays";
-    EXPECT_EQ(required, L"5.4");
-
-    // A project file of 1 MiB is too large and one in capitals is no project file; one byte less is read.
-    const Text other = JoinPath(root, L"Other");
-    WriteFileBytes(JoinPath(other, L"Upper.UPROJECT"), "{\"EngineAssociation\": \"5.3\"}");
+    // A project file of 1 MiB is too large, and one in capitals is no project file.
+    WriteFileBytes(scratch / L"root\\Other\\Upper.UPROJECT", "{\"EngineAssociation\": \"5.3\"}");
     Bytes oversized = "{\"EngineAssociation\": \"5.3\", \"Pad\": \"";
     oversized.append(1048576 - oversized.size() - 2, 'x');
-    WriteFileBytes(JoinPath(other, L"Big.uproject"), oversized + "\"}");
-    version.clear();
-    EXPECT_EQ(FindEditorInstall(other, version), JoinPath(root, L"KorvaneEditor"));
-    EXPECT_EQ(version, L"");
-    WriteFileBytes(JoinPath(other, L"Big.uproject"), oversized + "}");
-    EXPECT_EQ(FindEditorInstall(other, version), JoinPath(root, L"KorvaneEditor\\5.3"));
+    WriteFileBytes(scratch / L"root\\Other\\Big.uproject", oversized + "\"}");
+
+    const struct {
+        const wchar_t* start;
+        const wchar_t* versionIn;
+        const wchar_t* found;
+        const wchar_t* versionOut;
+    } walks[] = {
+        {L"beside", L"", L"beside", L""},  // the start itself, before its KorvaneEditor folder
+        {L"game", L"", L"game\\KorvaneEditor", L""},  // the KorvaneEditor folder before its version folder
+        // Only one whole version folder counts, and it does not pin the version; the nearest install wins.
+        {L"versioned\\Mods\\One\\Content", L"", L"versioned\\KorvaneEditor\\5.2", L""},
+        {L"versioned\\two", L"", L"versioned\\KorvaneEditor\\5.2", L""},  // two: neither is taken
+        {L"game", L"5.2", L"game\\KorvaneEditor\\5.2", L"5.2"},  // a required version passes over others
+        {L"game", L"5.7", L"game", L"5.7"},                      // nothing found: the start comes back
+        {L"root\\Game\\Source", L"", L"root\\KorvaneEditor\\5.3", L"5.3"},  // pinned: passes over the nearer 5.4
+        {L"root\\Game", L"5.4", L"root\\KorvaneEditor", L"5.4"},  // a version that came in stays
+        {L"root\\Other", L"", L"root\\KorvaneEditor", L""},
+    };
+    for (const auto& walk : walks) {
+        Text version = walk.versionIn;
+        EXPECT_EQ(FindEditorInstall(scratch / walk.start, version), scratch / walk.found) << TextToUtf8(walk.start);
+        EXPECT_EQ(version, walk.versionOut) << TextToUtf8(walk.start);
+    }
+    Text version;
+    EXPECT_EQ(FindEditorInstall(L"", version), L"");
+    WriteFileBytes(scratch / L"root\\Other\\Big.uproject", oversized + "}");
+    EXPECT_EQ(FindEditorInstall(scratch / L"root\\Other", version), scratch / L"root\\KorvaneEditor\\5.3")
+        << "one byte less than 1 MiB is read";
     EXPECT_EQ(version, L"5.3");
 }
 
@@ -209,9 +199,9 @@ TEST(EditorLanguages, CultureFoldersWithEditorTextsSortedWithTheirNames)
     MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.3"), L"5.3", {L"en", L"ja"});
     MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.4"), L"5.4", {L"en", L"ko"});
     EXPECT_EQ(Rows(ListEditorLanguages(game)), english) << "two versions and no project";
-    EXPECT_EQ(ListEditorLanguages(game, L"5.4").back().code, L"ko");
+    EXPECT_EQ(Rows(ListEditorLanguages(game, L"5.4")), (std::vector<std::pair<Text, Text>>{expected[0], expected[5]}));
     WriteFileBytes(JoinPath(game, L"Game.uproject"), "{\"EngineAssociation\": \"5.3\"}");
-    EXPECT_EQ(ListEditorLanguages(game).back().code, L"ja");
+    EXPECT_EQ(Rows(ListEditorLanguages(game)), (std::vector<std::pair<Text, Text>>{expected[0], expected[4]}));
 }
 
 TEST(ResolveLanguage, FollowsItsSevenSteps)

@@ -116,7 +116,8 @@ TEST(EditorSettingsFile, EncodingsAreKeptOrDroppedAndAMissingFileIsMade)
         {L"utf8.ini", "\xEF\xBB\xBF[Internationalization]\r\nCulture=\"es\"\r\n[\xE6\xB8\xB8]\r\n", L"pt-BR",
             "[Internationalization]\r\nLanguage=pt-BR\r\nCulture=\r\n[\xE6\xB8\xB8]\r\n"},
         // A lone UTF-16 mark is an empty UTF-16 text: the new section comes in UTF-16. A lone last byte is dropped.
-        {L"lone-mark.ini", "\xFF\xFE", L"ja", "\xFF\xFE" + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n")},
+        {L"lone-mark.ini", "\xFF\xFE", L"ja",
+            "\xFF\xFE" + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n")},
         {L"odd.ini", "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]") + "X", L"ko",
             "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]\r\n\r\n[Internationalization]\r\nLanguage=ko\r\nCulture=\r\n")},
     };
@@ -192,6 +193,7 @@ TEST(EditorSettingsFile, UnusableFilesAreNeitherReadNorTouched)
     EXPECT_FALSE(SaveEditorLanguageSetting(scratch / L"folder.ini", L"ja"));
     EXPECT_EQ(ReadEditorLanguageSetting(L""), L"");
     EXPECT_FALSE(SaveEditorLanguageSetting(L"", L"ja"));
+    EXPECT_EQ(ReadEditorLanguageSetting(scratch / L"absent.ini"), L"");
 
     // An invalid locale name is refused before the file is touched, or its folder made.
     const Text missing = scratch / L"missing\\EditorSettings.ini";
