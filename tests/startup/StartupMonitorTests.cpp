@@ -49,7 +49,7 @@ TEST(StartupMonitor, CacheStateAndCultureFollowTheMonitorsOwnLanguage)
     monitor.SetCacheState(-1, false);
     monitor.SetEditorCulture(L"zh-Hans");
     EXPECT_TRUE(monitor.IsChinese());
-    EXPECT_EQ(monitor.Snapshot().cacheStatusText, L"Checking the SDK cache state") << "published texts keep their language";
+    EXPECT_EQ(monitor.Snapshot().cacheStatusText, L"Checking the SDK cache state") << "published: kept";
     monitor.SetCacheState(0, true);
     const StartupSnapshot snapshot = monitor.Snapshot();
     EXPECT_EQ(snapshot.cacheStatusText, L"SDK 缓存已创建并校验");

@@ -65,7 +65,8 @@ TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
     testing::ChildProcess child = StartChild({L"--log=" + log, L"--write=LogInit: Display: Running engine",
         L"--write=LogShaderCompilers: Display: Compiling shader autogen file: a",
         L"--write=LogShaderCompilers: Display: Compiling shader autogen file: b",
-        L"--write=LogEngine: Initializing Engine...", L"--write=LogInit: Display: Engine is initialized. Leaving FEngineLoop::Init()",
+        L"--write=LogEngine: Initializing Engine...",
+        L"--write=LogInit: Display: Engine is initialized. Leaving FEngineLoop::Init()",
         L"--write=LogLoad: (Engine Initialization) Total time: 36.29 seconds", L"--window=200x100:SplashScreen",
         L"--window=1280x720", L"--stay"});
     EXPECT_TRUE(WatchEditorStart(monitor, child.Handle(), child.Id(), cancel, log, notBefore));
