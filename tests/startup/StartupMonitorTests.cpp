@@ -38,7 +38,8 @@ TEST(StartupMonitor, PhaseHistoryKeepsDistinctSuccessiveLinesUpTo128)
     monitor.SetPhaseText(L"last");
     const StartupSnapshot full = monitor.Snapshot();
     EXPECT_EQ(full.observedPhases.size(), kMaxObservedPhases);
-    EXPECT_NE(full.observedPhases.back(), L"last");
+    EXPECT_EQ(full.observedPhases.front(), L"Shaders…");
+    EXPECT_NE(full.observedPhases.back(), L"last") << "the first 128 are kept";
     EXPECT_EQ(full.phaseText, L"last") << "the line itself still changes";
 }
 
