@@ -7,15 +7,14 @@
 namespace korvane {
 namespace {
 
-struct MarkerCase {
-    const wchar_t* line;
-    const wchar_t* english;  // empty: no marker
-    const wchar_t* chinese;
-};
-
 TEST(StartupMarkers, EachRowGivesItsLineInBothLanguages)
 {
-    const MarkerCase cases[] = {
+    struct Case {
+        const wchar_t* line;
+        const wchar_t* english;  // empty: no marker
+        const wchar_t* chinese;
+    };
+    const Case cases[] = {
         {L"[2026.01.01-10.00.00:000][  0]LogKorvane: Registered automatic read-only policies without loading assets",
             L"Read-only protection registered; preparing to load the Mod…", L"只读保护已登记，准备载入 Mod…"},
         {L"LogKorvane: Standalone Mod project Foo mounted from D:/Mods/Foo",
@@ -30,40 +29,34 @@ TEST(StartupMarkers, EachRowGivesItsLineInBothLanguages)
             L"Engine initialized; preparing the Editor interface…", L"引擎初始化完成，正在建立编辑界面…"},
         {L"LogShaderCompilers: Display: Compiling shader autogen file: ../AutogenShaderHeaders.ush",
             L"Preparing rendering and shaders…", L"正在准备渲染与着色器…"},
-        // The first matching row wins.
+        // The first matching row wins; row 2 needs both its texts in one line.
         {L"LogEngine: Initializing Engine and Mod authoring policy active",
             L"Mod authoring protection active; preparing the interface…", L"Mod 创作保护已启用，正在建立界面…"},
-        // Row 2 needs both of its texts in the same line; a lower row may still match.
-        {L"Standalone Mod project Foo", L"", L""},
-        {L"mounted from D:/Mods", L"", L""},
         {L"Standalone Mod project Foo; LogShaderCompilers: Display: Compiling shader x",
             L"Preparing rendering and shaders…", L"正在准备渲染与着色器…"},
+        {L"mounted from D:/Mods", L"", L""},
         // With case, and the whole marker text.
         {L"logengine: initializing engine", L"", L""},
         {L"LogEngine: Initializing Engin", L"", L""},
-        {L"LogShaderCompilers: Compiling shader", L"", L""},
-        {L"", L"", L""},
     };
-    for (const MarkerCase& markerCase : cases) {
-        EXPECT_EQ(MatchStartupMarker(markerCase.line, false), markerCase.english) << markerCase.line;
-        EXPECT_EQ(MatchStartupMarker(markerCase.line, true), markerCase.chinese) << markerCase.line;
+    for (const Case& row : cases) {
+        EXPECT_EQ(MatchStartupMarker(row.line, false), row.english) << row.line;
+        EXPECT_EQ(MatchStartupMarker(row.line, true), row.chinese) << row.line;
     }
 }
 
 TEST(CacheStatus, TriStateAndVerifiedFlagInBothLanguages)
 {
-    EXPECT_EQ(CacheStatusText(1, false, false), L"SDK cache hit, verifying");
-    EXPECT_EQ(CacheStatusText(7, true, false), L"SDK cache hit, fully verified");
-    EXPECT_EQ(CacheStatusText(0, false, false), L"Creating the SDK cache");
-    EXPECT_EQ(CacheStatusText(0, true, false), L"SDK cache created and verified");
-    EXPECT_EQ(CacheStatusText(-1, false, false), L"Checking the SDK cache state");
-    EXPECT_EQ(CacheStatusText(INT32_MIN, true, false), L"Checking the SDK cache state");
-
+    EXPECT_EQ(CacheStatusText(INT32_MAX, false, false), L"SDK cache hit, verifying");
     EXPECT_EQ(CacheStatusText(INT32_MAX, false, true), L"SDK 缓存命中，正在校验");
+    EXPECT_EQ(CacheStatusText(1, true, false), L"SDK cache hit, fully verified");
     EXPECT_EQ(CacheStatusText(1, true, true), L"SDK 缓存命中，已完整校验");
+    EXPECT_EQ(CacheStatusText(0, false, false), L"Creating the SDK cache");
     EXPECT_EQ(CacheStatusText(0, false, true), L"正在从 SDK 创建缓存");
+    EXPECT_EQ(CacheStatusText(0, true, false), L"SDK cache created and verified");
     EXPECT_EQ(CacheStatusText(0, true, true), L"SDK 缓存已创建并校验");
-    EXPECT_EQ(CacheStatusText(-5, true, true), L"正在确定 SDK 缓存状态");
+    EXPECT_EQ(CacheStatusText(INT32_MIN, true, false), L"Checking the SDK cache state");
+    EXPECT_EQ(CacheStatusText(-1, false, true), L"正在确定 SDK 缓存状态");
 }
 
 }  // namespace
