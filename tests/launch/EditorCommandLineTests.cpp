@@ -79,7 +79,6 @@ TEST(EditorCommandLine, CacheArgumentsFollowTheEngineBuild)
         {L"", L"5.8", cacheWord + L" -DDC=(Local)"},
         {L"", L"5.7", cacheWord},
         {L"", L"5.80", cacheWord},
-        {L"", L"5.8-preview", cacheWord},
         {L" \"-LocalDataCachePath=E:\\DDC\"", L"5.8", L" -DDC=(Local)"},
         {L" \"-DDC=Shared\"", L"5.8", cacheWord},
         {L" \"-ddc=Shared\" \"-localdatacachepath=E:\\DDC\"", L"5.8", cacheWord + L" -DDC=(Local)"},
