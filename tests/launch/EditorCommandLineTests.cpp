@@ -11,28 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
-#include <shellapi.h>
 
 #include <optional>
 #include <vector>
 
 namespace korvane {
 namespace {
-
-using testing::ScratchDirectory;
-
-// The platform's own split of a whole command line.
-std::vector<Text> SplitCommandLine(const Text& commandLine)
-{
-    int count = 0;
-    UniqueLocalMemory list(reinterpret_cast<HLOCAL>(CommandLineToArgvW(commandLine.c_str(), &count)));
-    std::vector<Text> words;
-    if (list) {
-        const auto* argv = static_cast<const LPWSTR*>(list.Get());
-        words.assign(argv, argv + count);
-    }
-    return words;
-}
 
 std::optional<Text> EnvironmentValue(const wchar_t* name)
 {
@@ -48,25 +32,17 @@ Text ShortForm(const Text& path)
 {
     std::vector<wchar_t> buffer(32768, L'\0');
     const DWORD length = GetShortPathNameW(path.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()));
-    return length == 0 ? Text() : Text(buffer.data(), length);
+    return Text(buffer.data(), length);
 }
 
 TEST(EditorCommandLine, OrdinaryLaunchStandsWordForWord)
 {
     const std::vector<Text> passThrough{L"-KorvaneHostEnvironment=packaged", L"-culture=fr", L"-Log",
         L"C:\\Path With Blanks\\"};
-    EditorCommandInputs inputs;
-    inputs.editorPath = L"C:\\Korvane Editor\\Engine\\Binaries\\Win64\\UnrealEditor.exe";
-    inputs.launchTarget = L"C:\\Work Space\\Mod One\\KorvaneSDK.uproject";
-    inputs.gameDirectory = L"D:\\Games\\Title\\";
-    inputs.selectedMod = L"mod \"one\"";
-    inputs.modProjectFile = L"C:\\Work Space\\Mod One\\Mod.kmodproject";
-    inputs.editorCulture = L"zh-Hans";
-    inputs.passThroughArguments = passThrough;
-    const Text log = L"C:\\Work Space\\Mod One\\Saved\\Logs\\KorvaneLauncher-12-34.log";
-
-    const Text commandLine = AssembleEditorCommandLine(inputs, log);
-    EXPECT_EQ(commandLine,
+    const EditorCommandInputs inputs{L"C:\\Korvane Editor\\Engine\\Binaries\\Win64\\UnrealEditor.exe",
+        L"C:\\Work Space\\Mod One\\KorvaneSDK.uproject", L"D:\\Games\\Title\\", L"mod \"one\"",
+        L"C:\\Work Space\\Mod One\\Mod.kmodproject", L"zh-Hans", passThrough};
+    EXPECT_EQ(AssembleEditorCommandLine(inputs, L"C:\\Work Space\\Mod One\\Saved\\Logs\\KorvaneLauncher-12-34.log"),
         L"\"C:\\Korvane Editor\\Engine\\Binaries\\Win64\\UnrealEditor.exe\""
         L" \"C:\\Work Space\\Mod One\\KorvaneSDK.uproject\""
         L" \"-KorvaneGameDir=D:\\Games\\Title\\\\\""
@@ -78,201 +54,137 @@ TEST(EditorCommandLine, OrdinaryLaunchStandsWordForWord)
         L" \"-ABSLOG=C:\\Work Space\\Mod One\\Saved\\Logs\\KorvaneLauncher-12-34.log\""
         L" -KorvaneLauncherSession");
 
-    // The editor gets back exactly the words that were meant, trailing backslashes included.
-    EXPECT_EQ(SplitCommandLine(commandLine),
-        (std::vector<Text>{L"C:\\Korvane Editor\\Engine\\Binaries\\Win64\\UnrealEditor.exe",
-            L"C:\\Work Space\\Mod One\\KorvaneSDK.uproject", L"-KorvaneGameDir=D:\\Games\\Title\\",
-            L"-KorvaneSDKOffline", L"-KorvaneSelectedMod=mod \"one\"",
-            L"-KorvaneProject=C:\\Work Space\\Mod One\\Mod.kmodproject", L"-NoSplash", L"-culture=zh-Hans",
-            L"-KorvaneHostEnvironment=packaged", L"-culture=fr", L"-Log", L"C:\\Path With Blanks\\",
-            L"-ABSLOG=" + log, L"-KorvaneLauncherSession"}));
-
     // No game directory and no made log: both words are left out, nothing else moves.
-    EditorCommandInputs bare;
-    bare.editorPath = L"C:\\K\\UnrealEditor.exe";
-    bare.launchTarget = L"C:\\W\\KorvaneSDK.uproject";
-    bare.selectedMod = L"m";
-    bare.modProjectFile = L"C:\\W\\Mod.kmodproject";
-    bare.editorCulture = L"en";
+    const EditorCommandInputs bare{
+        L"C:\\K\\UnrealEditor.exe", L"C:\\W\\KorvaneSDK.uproject", L"", L"m", L"C:\\W\\Mod.kmodproject", L"en", {}};
     EXPECT_EQ(AssembleEditorCommandLine(bare, {}),
         L"\"C:\\K\\UnrealEditor.exe\" \"C:\\W\\KorvaneSDK.uproject\" -KorvaneSDKOffline \"-KorvaneSelectedMod=m\""
         L" \"-KorvaneProject=C:\\W\\Mod.kmodproject\" -NoSplash \"-culture=en\" -KorvaneLauncherSession");
 }
 
-TEST(EditorCommandLine, UserLogPathIsTheLastAbsLogInAnyCase)
-{
-    EXPECT_EQ(UserLogPath(std::vector<Text>{L"-Log", L"-ABSLOGX"}), std::nullopt);
-    EXPECT_EQ(UserLogPath(std::vector<Text>{}), std::nullopt);
-    EXPECT_EQ(UserLogPath(std::vector<Text>{L"-abslog=C:\\first.log", L"-Log", L"-AbsLog=D:/logs/../run/editor.log"}),
-        Text(L"D:\\run\\editor.log"));
-    // Given but empty: the user's word still stops the made path, and no path is known.
-    EXPECT_EQ(UserLogPath(std::vector<Text>{L"-ABSLOG="}), Text());
-
-    EXPECT_EQ(LauncherLogFileName(4242, 123456789012ULL), L"KorvaneLauncher-4242-123456789012.log");
-}
-
 TEST(EditorCommandLine, CacheArgumentsFollowTheEngineBuild)
 {
-    EXPECT_EQ(EngineMajorMinor(L"5.8.1"), L"5.8");
-    EXPECT_EQ(EngineMajorMinor(L"5.8.1.42-release"), L"5.8");
-    EXPECT_EQ(EngineMajorMinor(L"5.7"), L"5.7");
-    EXPECT_EQ(EngineMajorMinor(L"5.8-preview"), L"5.8-preview");
-    EXPECT_EQ(EngineMajorMinor(L"5"), L"");
-    EXPECT_EQ(EngineMajorMinor(L""), L"");
-
-    const Text base = L"\"C:\\K\\UnrealEditor.exe\" -KorvaneLauncherSession";
-    const Text cache = L"C:\\Users\\A B\\AppData\\Local\\Korvane\\DerivedDataCache\\5.8";
-
-    Text forFiveEight = base;
-    AppendCacheArguments(forFiveEight, cache, L"5.8");
-    EXPECT_EQ(forFiveEight, base + L" \"-LocalDataCachePath=" + cache + L"\" -DDC=(Local)");
-
-    for (const wchar_t* other : {L"5.7", L"5.80", L"5.8-preview"}) {
-        Text commandLine = base;
-        AppendCacheArguments(commandLine, cache, other);
-        EXPECT_EQ(commandLine, base + L" \"-LocalDataCachePath=" + cache + L"\"") << other;
+    for (const auto& [build, majorMinor] : std::vector<std::pair<Text, Text>>{{L"5.8.1", L"5.8"},
+             {L"5.8.1.42-release", L"5.8"}, {L"5.7", L"5.7"}, {L"5.8-preview", L"5.8-preview"}, {L"5", L""}}) {
+        EXPECT_EQ(EngineMajorMinor(build), majorMinor) << TextToUtf8(build);
     }
-
-    // The user's own words anywhere on the line stop the launcher's; the check is case-sensitive.
-    const Text withUserCache = base + L" \"-LocalDataCachePath=E:\\DDC\"";
-    Text commandLine = withUserCache;
-    AppendCacheArguments(commandLine, cache, L"5.8");
-    EXPECT_EQ(commandLine, withUserCache + L" -DDC=(Local)");
-
-    const Text withUserDdc = base + L" \"-DDC=Shared\"";
-    commandLine = withUserDdc;
-    AppendCacheArguments(commandLine, cache, L"5.8");
-    EXPECT_EQ(commandLine, withUserDdc + L" \"-LocalDataCachePath=" + cache + L"\"");
-
-    const Text lowerCase = base + L" \"-ddc=Shared\" \"-localdatacachepath=E:\\DDC\"";
-    commandLine = lowerCase;
-    AppendCacheArguments(commandLine, cache, L"5.8");
-    EXPECT_EQ(commandLine, lowerCase + L" \"-LocalDataCachePath=" + cache + L"\" -DDC=(Local)");
+    const Text cache = L"C:\\Users\\A B\\AppData\\Local\\Korvane\\DerivedDataCache\\5.8";
+    const Text cacheWord = L" \"-LocalDataCachePath=" + cache + L"\"";
+    // The user's words anywhere on the line stop the launcher's own; the test is case-sensitive.
+    const struct {
+        Text userWords;
+        const wchar_t* majorMinor;
+        Text added;
+    } rows[] = {
+        {L"", L"5.8", cacheWord + L" -DDC=(Local)"},
+        {L"", L"5.7", cacheWord},
+        {L"", L"5.80", cacheWord},
+        {L" \"-LocalDataCachePath=E:\\DDC\"", L"5.8", L" -DDC=(Local)"},
+        {L" \"-DDC=Shared\"", L"5.8", cacheWord},
+        {L" \"-ddc=Shared\" \"-localdatacachepath=E:\\DDC\"", L"5.8", cacheWord + L" -DDC=(Local)"},
+    };
+    for (const auto& row : rows) {
+        const Text before = L"\"C:\\K\\UnrealEditor.exe\" -KorvaneLauncherSession" + row.userWords;
+        Text commandLine = before;
+        AppendCacheArguments(commandLine, cache, row.majorMinor);
+        EXPECT_EQ(commandLine, before + row.added) << TextToUtf8(row.userWords) << " " << TextToUtf8(row.majorMinor);
+    }
 }
 
-// A context for one start, with a scratch install and workspace.
+// One start in a scratch install and workspace. The cache folder of `majorMinor` belongs to
+// this test alone (no real engine has that version) and is removed again, and the cache
+// variable is put back.
 struct LaunchFixture {
-    ScratchDirectory scratch{L"editor-command"};
-    LaunchContext context;
-    Text editorPath;
-
-    LaunchFixture()
+    explicit LaunchFixture(const wchar_t* majorMinor)
+        : cacheFolder(JoinPath(LocalAppDataFolder(), Text(L"Korvane\\DerivedDataCache\\") + majorMinor)),
+          savedCache(EnvironmentValue(kLocalDataCacheVariable))
     {
+        RemoveDirectoryW(cacheFolder.c_str());
         context.editorRoot = scratch / L"install";
         testing::MakeDirectories(context.editorRoot);
-        editorPath = JoinPath(context.editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
         context.launchTarget = scratch / L"work space\\Mod\\KorvaneSDK.uproject";
         context.gameDirectory = scratch / L"game";
         context.selectedMod = L"mod.one";
         context.modProjectFile = scratch / L"work space\\Mod\\Mod.kmodproject";
+        SetEnvironmentVariableW(kSdksRootVariable, L"C:\\Elsewhere\\SDKs");
+    }
+    ~LaunchFixture()
+    {
+        RemoveDirectoryW(cacheFolder.c_str());
+        SetEnvironmentVariableW(kLocalDataCacheVariable, savedCache ? savedCache->c_str() : nullptr);
     }
 
     void WriteReceipt(BytesView bytes) const
     {
         testing::WriteFileBytes(JoinPath(context.editorRoot, L"KorvaneEditor.receipt.json"), bytes);
     }
-
+    EditorCommand Build() const { return BuildEditorCommandLine(context, EditorPath(), L"zh-Hans"); }
+    Text EditorPath() const { return JoinPath(context.editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"); }
     Text ExpectedBase(TextView logPath) const
     {
-        EditorCommandInputs inputs{editorPath, context.launchTarget, context.gameDirectory, context.selectedMod,
-            context.modProjectFile, L"zh-Hans", context.passThroughArguments};
-        return AssembleEditorCommandLine(inputs, logPath);
-    }
-};
-
-// The cache folder below the user's local application data belongs to this test alone: the
-// version exists in no real engine, and the folder is removed again.
-class PrivateCacheFolder {
-public:
-    explicit PrivateCacheFolder(TextView majorMinor)
-        : path_(JoinPath(LocalAppDataFolder(), Text(L"Korvane\\DerivedDataCache\\").append(majorMinor)))
-    {
-        RemoveDirectoryW(path_.c_str());
-    }
-    ~PrivateCacheFolder() { RemoveDirectoryW(path_.c_str()); }
-    const Text& Path() const { return path_; }
-
-private:
-    Text path_;
-};
-
-class EnvironmentRestorer {
-public:
-    EnvironmentRestorer() : cache_(EnvironmentValue(kLocalDataCacheVariable)) {}
-    ~EnvironmentRestorer()
-    {
-        SetEnvironmentVariableW(kLocalDataCacheVariable, cache_ ? cache_->c_str() : nullptr);
+        return AssembleEditorCommandLine({EditorPath(), context.launchTarget, context.gameDirectory,
+                                             context.selectedMod, context.modProjectFile, L"zh-Hans",
+                                             context.passThroughArguments},
+            logPath);
     }
 
-private:
-    std::optional<Text> cache_;
+    testing::ScratchDirectory scratch{L"editor-command"};
+    LaunchContext context;
+    Text cacheFolder;
+    std::optional<Text> savedCache;
 };
 
 TEST(EditorCommandLine, StartPreparesLogFolderCacheAndEnvironment)
 {
-    const EnvironmentRestorer restorer;
-    const PrivateCacheFolder cache(L"71.3");
-    LaunchFixture fixture;
+    LaunchFixture fixture(L"71.3");
     fixture.WriteReceipt(R"({"schemaVersion":1,"engineBuild":"71.3.0-42"})");
-    SetEnvironmentVariableW(kSdksRootVariable, L"C:\\Elsewhere\\SDKs");
-
     const ULONGLONG before = GetTickCount64();
-    const EditorCommand command = BuildEditorCommandLine(fixture.context, fixture.editorPath, L"zh-Hans");
+    const EditorCommand command = fixture.Build();
     const ULONGLONG after = GetTickCount64();
 
     // The made log lies beside the project, named after this process and the moment.
     const Text logFolder = fixture.scratch / L"work space\\Mod\\Saved\\Logs";
     EXPECT_TRUE(IsDirectory(logFolder));
     const Text prefix = JoinPath(logFolder, L"KorvaneLauncher-" + DecimalText(GetCurrentProcessId()) + L"-");
-    ASSERT_EQ(command.logPath.rfind(prefix, 0), 0u) << command.logPath;
-    ASSERT_TRUE(EndsWithIgnoringCase(command.logPath, L".log"));
-    const Text tick = command.logPath.substr(prefix.size(), command.logPath.size() - prefix.size() - 4);
-    EXPECT_GE(std::stoull(tick), before);
-    EXPECT_LE(std::stoull(tick), after);
+    ASSERT_EQ(command.logPath.rfind(prefix, 0), 0u) << TextToUtf8(command.logPath);
+    const std::uint64_t tick = std::stoull(command.logPath.substr(prefix.size()));
+    EXPECT_EQ(command.logPath, prefix + DecimalText(tick) + L".log");
+    EXPECT_GE(tick, before);
+    EXPECT_LE(tick, after);
 
-    // The editor inherits the short form of the per-version cache folder; the same goes on
-    // the command line. Wine, like NTFS, gives the long folder name a short one.
-    ASSERT_TRUE(IsDirectory(cache.Path()));
-    const Text shortCache = ShortForm(cache.Path());
+    // The editor inherits the short form of the per-version cache folder, and so does the
+    // command line. Wine, like NTFS, gives the long folder name a short one.
+    const Text shortCache = ShortForm(fixture.cacheFolder);
     ASSERT_FALSE(shortCache.empty());
-    EXPECT_NE(shortCache, cache.Path());
+    EXPECT_NE(shortCache, fixture.cacheFolder);
     EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), shortCache);
     EXPECT_EQ(EnvironmentValue(kSdksRootVariable), std::nullopt);
     EXPECT_EQ(command.commandLine,
         fixture.ExpectedBase(command.logPath) + L" " + QuoteCommandArgument(L"-LocalDataCachePath=" + shortCache));
-}
 
-TEST(EditorCommandLine, UserWordsWinOverTheLaunchersOwn)
-{
-    const EnvironmentRestorer restorer;
-    const PrivateCacheFolder cache(L"71.4");
-    LaunchFixture fixture;
-    fixture.WriteReceipt(R"({"engineBuild":"71.4"})");
-    const Text userLog = fixture.scratch / L"logs\\mine.log";
-    fixture.context.passThroughArguments = {L"-abslog=" + fixture.scratch / L"logs\\..\\logs\\mine.log",
-        L"-LocalDataCachePath=E:\\Cache"};
-
-    const EditorCommand command = BuildEditorCommandLine(fixture.context, fixture.editorPath, L"zh-Hans");
-    EXPECT_EQ(command.logPath, userLog);
-    EXPECT_FALSE(IsDirectory(fixture.scratch / L"work space\\Mod\\Saved\\Logs")) << "no log of the launcher's own";
-    EXPECT_EQ(command.commandLine, fixture.ExpectedBase({})) << "no -ABSLOG= or -LocalDataCachePath= added";
-    EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), ShortForm(cache.Path())) << "the variable is set all the same";
+    // The user's last -ABSLOG= in any letter case is the log, and the user's cache word stops the
+    // launcher's; the variable is set all the same.
+    SetEnvironmentVariableW(kLocalDataCacheVariable, L"before");
+    fixture.context.passThroughArguments = {L"-ABSLOG=C:\\first.log",
+        L"-abslog=" + fixture.scratch / L"logs\\..\\logs\\mine.log", L"-LocalDataCachePath=E:\\Cache"};
+    const EditorCommand user = fixture.Build();
+    EXPECT_EQ(user.logPath, fixture.scratch / L"logs\\mine.log");
+    EXPECT_EQ(user.commandLine, fixture.ExpectedBase({})) << "no -ABSLOG= or -LocalDataCachePath= added";
+    EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), shortCache);
 }
 
 TEST(EditorCommandLine, MissingPiecesDropTheirArgumentsOnly)
 {
-    const EnvironmentRestorer restorer;
-    LaunchFixture fixture;
+    const LaunchFixture fixture(L"71.5");
     // A file where the workspace folder should be: no log folder can be made.
     testing::WriteFileBytes(fixture.scratch / L"work space\\Mod", "not a folder");
     SetEnvironmentVariableW(kLocalDataCacheVariable, L"before");
-
     for (const char* receipt : {"", "{\"engineBuild\":", "{\"engineBuild\":\"71\"}", "{\"other\":\"5.8.1\"}", "[]"}) {
         if (*receipt != '\0') {
             fixture.WriteReceipt(receipt);
         }
         SetEnvironmentVariableW(kSdksRootVariable, L"C:\\Elsewhere\\SDKs");
-        const EditorCommand command = BuildEditorCommandLine(fixture.context, fixture.editorPath, L"zh-Hans");
+        const EditorCommand command = fixture.Build();
         EXPECT_EQ(command.logPath, L"") << receipt;
         EXPECT_EQ(command.commandLine, fixture.ExpectedBase({})) << receipt;
         EXPECT_EQ(EnvironmentValue(kSdksRootVariable), std::nullopt) << receipt;

@@ -18,48 +18,25 @@
 namespace korvane {
 namespace {
 
-using testing::ScratchDirectory;
-
 constexpr wchar_t kKV1830[] = L"KV1830: A Mod editor is already open. Close it before opening another.";
 constexpr wchar_t kClosing[] =
     L"The previous editing session is still closing. Finish saving and close it before retrying.";
 
-// A named event created by the test: another launcher or a running editor while it lives.
-class HeldEvent {
-public:
-    explicit HeldEvent(const wchar_t* name) : event_(CreateEventW(nullptr, TRUE, FALSE, name))
-    {
-        const DWORD error = GetLastError();
-        EXPECT_TRUE(event_.IsValid());
-        EXPECT_NE(error, static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << "left behind by someone else";
-    }
-    HANDLE Get() const { return event_.Get(); }
-    void Close() { event_.Reset(); }
+// Another launcher or a running editor, for as long as the handle is held.
+UniqueHandle HoldEvent(const wchar_t* name)
+{
+    HANDLE event = CreateEventW(nullptr, TRUE, FALSE, name);
+    EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << "left behind by someone else";
+    return UniqueHandle(event);
+}
 
-private:
-    UniqueHandle event_;
+// An event of this test alone, for talking to the stand-in parent editor.
+struct SignalEvent {
+    static inline int counter = 0;
+    Text name = L"Local\\KorvaneGateTest." + std::to_wstring(GetCurrentProcessId()) + L"." + std::to_wstring(++counter);
+    UniqueHandle event{CreateEventW(nullptr, TRUE, FALSE, name.c_str())};
 };
 
-// An event with a name of this test alone, for talking to the stand-in parent editor.
-class SignalEvent {
-public:
-    SignalEvent()
-        : name_(L"Local\\KorvaneGateTest." + std::to_wstring(GetCurrentProcessId()) + L"." +
-                std::to_wstring(++counter_)),
-          event_(CreateEventW(nullptr, TRUE, FALSE, name_.c_str()))
-    {
-        EXPECT_TRUE(event_.IsValid());
-    }
-    const Text& Name() const { return name_; }
-    HANDLE Get() const { return event_.Get(); }
-
-private:
-    static inline int counter_ = 0;
-    Text name_;
-    UniqueHandle event_;
-};
-
-// A scratch install: the launcher at the root and a file where the editor is looked for.
 class ScratchInstall {
 public:
     explicit ScratchInstall(TextView label) : scratch_(label), root_(scratch_ / L"install")
@@ -72,23 +49,19 @@ public:
     Text Launcher() const { return JoinPath(root_, L"KorvaneEditor.exe"); }
     Text Editor() const { return JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"); }
     Text Scratch(TextView relative) const { return scratch_ / relative; }
-
     testing::ChildProcess Start(const std::vector<Text>& arguments) const
     {
-        testing::ProcessOptions options;
-        options.currentDirectory = root_;
-        return testing::ChildProcess::Start(Launcher(), arguments, options);
+        return testing::ChildProcess::Start(Launcher(), arguments);
     }
-
     DWORD Run(const std::vector<Text>& arguments) const
     {
-        testing::ProcessOptions options;
-        options.currentDirectory = root_;
-        return testing::RunProcess(Launcher(), arguments, options).exitCode;
+        testing::ChildProcess launcher = Start(arguments);
+        EXPECT_TRUE(launcher.Wait(60000));
+        return launcher.ExitCode();
     }
 
 private:
-    ScratchDirectory scratch_;
+    testing::ScratchDirectory scratch_;
     Text root_;
 };
 
@@ -97,200 +70,45 @@ Text ParentEditorProgram()
     return JoinPath(testing::BinaryDirectory(), L"ParentEditor.exe");
 }
 
-// The id of a process that has ended: the stand-in parent refuses to run without arguments.
-DWORD EndedProcessId()
+// Waits up to 30 s for the process to end; 0xFFFFFFFF when it runs on.
+DWORD ExitCodeOf(HANDLE process)
 {
-    testing::ChildProcess child = testing::ChildProcess::Start(ParentEditorProgram(), {});
-    EXPECT_TRUE(child.Wait(30000));
-    return child.Id();
+    DWORD code = 0xFFFFFFFF;
+    if (WaitForSingleObject(process, 30000) == WAIT_OBJECT_0) {
+        GetExitCodeProcess(process, &code);
+    }
+    return code;
 }
 
-// Waits for the launcher's box, checks its text, presses OK and gives the exit code.
-void ExpectBoxThenExit(testing::ChildProcess& launcher, const wchar_t* text, DWORD exitCode)
+// Waits for the launcher's box, checks and answers it; the run then ends with 9.
+void ExpectBoxThenNine(DWORD launcherId, HANDLE launcher, const wchar_t* text)
 {
-    const auto box = testing::WaitForMessageBox(launcher.Id(), launcher.Handle());
+    const auto box = testing::WaitForMessageBox(launcherId, launcher);
     ASSERT_TRUE(box.has_value()) << "the launcher ended without a box";
     EXPECT_EQ(box->title, L"Korvane launch error");
     EXPECT_EQ(box->text, text);
     testing::PressMessageBoxButton(box->window, IDOK);
-    ASSERT_TRUE(launcher.Wait(30000));
-    EXPECT_EQ(launcher.ExitCode(), exitCode);
+    EXPECT_EQ(ExitCodeOf(launcher), 9u);
 }
 
-TEST(SessionGate, InstanceCheckSeesLaunchersAndEditorsAndLeavesNothing)
-{
-    ASSERT_FALSE(SessionEventExists(kLauncherSessionEventName));
-    ASSERT_FALSE(SessionEventExists(kEditorSessionEventName));
-    ScratchInstall install(L"instance-check");
-
-    EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 0u);
-    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName)) << "the event went with the process";
-    {
-        HeldEvent launcher(kLauncherSessionEventName);
-        EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 9u);
-    }
-    {
-        HeldEvent editor(kEditorSessionEventName);
-        EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 9u);
-        EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName)) << "a blocked launcher keeps no event";
-    }
-    // Text that is no number is the same as no option.
-    EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck", L"-KorvaneWaitForEditorPid=abc"}), 0u);
-    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName));
-}
-
-TEST(SessionGate, GateInProcessHoldsTheNameUntilReleased)
-{
-    LaunchContext context;
-    UniqueHandle first;
-    ASSERT_TRUE(PassSessionGate(first));
-    EXPECT_TRUE(first.IsValid());
-    EXPECT_TRUE(SessionEventExists(kLauncherSessionEventName));
-
-    UniqueHandle second;
-    EXPECT_FALSE(PassSessionGate(second)) << "the name is taken";
-    EXPECT_FALSE(second.IsValid());
-    first.Reset();
-    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName));
-
-    HeldEvent editor(kEditorSessionEventName);
-    UniqueHandle blocked;
-    EXPECT_FALSE(PassSessionGate(blocked));
-    EXPECT_FALSE(blocked.IsValid());
-    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName));
-}
-
-TEST(SessionGate, InteractiveStartInTheWayOfASessionShowsKV1830)
-{
-    ScratchInstall install(L"gate-box");
-    {
-        HeldEvent launcher(kLauncherSessionEventName);
-        testing::ChildProcess second = install.Start({L"-KorvaneEmptyHost"});
-        ExpectBoxThenExit(second, kKV1830, 9);
-    }
-    {
-        HeldEvent editor(kEditorSessionEventName);
-        testing::ChildProcess second = install.Start({L"-KorvaneEmptyHost"});
-        ExpectBoxThenExit(second, kKV1830, 9);
-    }
-}
-
-TEST(ClosingEditorWait, EndsWhenTheEditorAndItsLauncherAreGone)
-{
-    LaunchContext context;
-    ClosingEditorLimits quick;
-    quick.editorWaitMs = 300;
-    quick.launcherWaitMs = 300;
-
-    // Nothing named and nothing to look for.
-    EXPECT_TRUE(WaitForClosingEditor(context, {0, true, false}, quick));
-    EXPECT_TRUE(WaitForClosingEditor(context, {0, false, true}, quick));
-    // Started from the test program, which is no editor of this install.
-    context.editorRoot = L"C:\\nowhere";
-    EXPECT_TRUE(WaitForClosingEditor(context, {0, false, false}, quick));
-
-    // A process that is gone is not waited for; an earlier launcher that stays is.
-    const DWORD ended = EndedProcessId();
-    EXPECT_TRUE(WaitForClosingEditor(context, {ended, true, false}, quick));
-    {
-        HeldEvent launcher(kLauncherSessionEventName);
-        EXPECT_FALSE(WaitForClosingEditor(context, {ended, true, false}, quick));
-    }
-
-    // The own process id can never end while waiting.
-    EXPECT_FALSE(WaitForClosingEditor(context, {GetCurrentProcessId(), true, false}, quick));
-
-    // An editor that does not end within the limit.
-    SignalEvent ready;
-    SignalEvent release;
-    testing::ChildProcess editor =
-        testing::ChildProcess::Start(ParentEditorProgram(), {ready.Name(), release.Name(), L"-"});
-    ASSERT_EQ(WaitForSingleObject(ready.Get(), 30000), WAIT_OBJECT_0);
-    EXPECT_FALSE(WaitForClosingEditor(context, {editor.Id(), true, false}, quick));
-
-    // An earlier launcher that goes while the new one polls, with the shipped limits.
-    HeldEvent launcher(kLauncherSessionEventName);
-    bool goesOn = false;
-    std::thread waiter([&] { goesOn = WaitForClosingEditor(context, {ended, true, false}); });
-    launcher.Close();
-    waiter.join();
-    EXPECT_TRUE(goesOn);
-
-    SetEvent(release.Get());
-    EXPECT_TRUE(editor.Wait(30000));
-}
-
-TEST(ClosingEditorWait, OwnProcessIdShowsTheClosingMessage)
-{
-    LaunchContext context;
-    bool goesOn = true;
-    std::thread waiter([&] { goesOn = WaitForClosingEditor(context, {GetCurrentProcessId(), false, false}); });
-    const auto box = testing::WaitForMessageBox(GetCurrentProcessId(), nullptr);
-    ASSERT_TRUE(box.has_value());
-    EXPECT_EQ(box->title, L"Korvane launch error");
-    EXPECT_EQ(box->text, kClosing);
-    testing::PressMessageBoxButton(box->window, IDOK);
-    waiter.join();
-    EXPECT_FALSE(goesOn);
-}
-
-TEST(ClosingEditorWait, LauncherStandsByUntilTheNamedEditorEnds)
-{
-    ScratchInstall install(L"wait-editor");
-    SignalEvent ready;
-    SignalEvent release;
-    testing::ChildProcess editor =
-        testing::ChildProcess::Start(ParentEditorProgram(), {ready.Name(), release.Name(), L"-"});
-    ASSERT_EQ(WaitForSingleObject(ready.Get(), 30000), WAIT_OBJECT_0);
-
-    // Headless as it is, the instance check honours the explicit id.
-    testing::ChildProcess launcher =
-        install.Start({L"-KorvaneInstanceCheck", L"-KorvaneWaitForEditorPid=" + std::to_wstring(editor.Id())});
-    EXPECT_FALSE(launcher.Wait(1500)) << "the launcher did not wait for the editor";
-    SetEvent(release.Get());
-    ASSERT_TRUE(editor.Wait(30000));
-    ASSERT_TRUE(launcher.Wait(30000));
-    EXPECT_EQ(launcher.ExitCode(), 0u);
-    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName));
-}
-
-TEST(ClosingEditorWait, EarlierLauncherThatStaysGivesNineAfterFifteenSeconds)
-{
-    ScratchInstall install(L"wait-launcher");
-    const std::wstring pidOption = L"-KorvaneWaitForEditorPid=" + std::to_wstring(EndedProcessId());
-    HeldEvent earlier(kLauncherSessionEventName);
-
-    // Both run side by side: one headless without a box, one ordinary start with it.
-    const ULONGLONG start = GetTickCount64();
-    testing::ChildProcess headless = install.Start({L"-KorvaneInstanceCheck", pidOption});
-    testing::ChildProcess interactive = install.Start({L"-KorvaneEmptyHost", pidOption});
-
-    ASSERT_TRUE(headless.Wait(60000));
-    EXPECT_EQ(headless.ExitCode(), 9u);
-    EXPECT_GE(GetTickCount64() - start, 15000u) << "gave up before the earlier launcher's time was out";
-    ExpectBoxThenExit(interactive, kClosing, 9);
-}
-
-// The stand-in editor program placed where an install keeps its editor, starting a launcher
-// as its own child and staying until released.
+// The stand-in editor started from `program`. Given launcher words, it starts that launcher
+// as its own child and writes the child's id to `pidFile`. It stays until released.
 class ParentEditor {
 public:
-    ParentEditor(TextView program, const ScratchInstall& install, const std::vector<Text>& launcherArguments)
-        : pidFile_(install.Scratch(L"launcher.pid"))
+    explicit ParentEditor(TextView program, const Text& pidFile = L"-", const std::vector<Text>& launcher = {})
     {
-        std::vector<Text> arguments{ready_.Name(), release_.Name(), pidFile_, install.Launcher()};
-        arguments.insert(arguments.end(), launcherArguments.begin(), launcherArguments.end());
-        testing::ProcessOptions options;
-        options.currentDirectory = install.Root();
-        editor_ = testing::ChildProcess::Start(program, arguments, options);
-        EXPECT_EQ(WaitForSingleObject(ready_.Get(), 30000), WAIT_OBJECT_0) << "the parent editor did not start";
-        const Bytes pid = testing::ReadFileBytes(pidFile_);
-        launcherId_ = pid.empty() ? 0 : static_cast<DWORD>(std::stoul(pid));
-        launcher_.Reset(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION | PROCESS_TERMINATE, FALSE,
-            launcherId_));
-        EXPECT_TRUE(launcher_.IsValid());
+        DeleteFileW(pidFile.c_str());
+        std::vector<Text> arguments{ready_.name, release_.name, pidFile};
+        arguments.insert(arguments.end(), launcher.begin(), launcher.end());
+        editor_ = testing::ChildProcess::Start(program, arguments);
+        EXPECT_EQ(WaitForSingleObject(ready_.event.Get(), 30000), WAIT_OBJECT_0) << "the parent editor did not start";
+        if (!launcher.empty()) {
+            launcherId_ = static_cast<DWORD>(std::stoul("0" + testing::ReadFileBytes(pidFile)));
+            launcher_.Reset(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION | PROCESS_TERMINATE, FALSE,
+                launcherId_));
+            EXPECT_TRUE(launcher_.IsValid());
+        }
     }
-
     ~ParentEditor()
     {
         if (launcher_ && WaitForSingleObject(launcher_.Get(), 0) == WAIT_TIMEOUT) {
@@ -300,76 +118,130 @@ public:
         Release();
     }
 
+    DWORD Id() const { return editor_.Id(); }
     DWORD LauncherId() const { return launcherId_; }
     HANDLE Launcher() const { return launcher_.Get(); }
-    bool EditorRuns() { return !editor_.Wait(0); }
-
+    bool Runs() { return !editor_.Wait(0); }
     void Release()
     {
-        SetEvent(release_.Get());
-        editor_.Wait(30000);
-    }
-
-    DWORD LauncherExitCode(DWORD timeoutMs = 30000) const
-    {
-        DWORD code = 0xFFFFFFFF;
-        if (WaitForSingleObject(launcher_.Get(), timeoutMs) == WAIT_OBJECT_0) {
-            GetExitCodeProcess(launcher_.Get(), &code);
-        }
-        return code;
+        SetEvent(release_.event.Get());
+        EXPECT_TRUE(editor_.Wait(30000));
     }
 
 private:
     SignalEvent ready_;
     SignalEvent release_;
-    Text pidFile_;
     testing::ChildProcess editor_;
     UniqueHandle launcher_;
     DWORD launcherId_ = 0;
 };
 
-void PressOk(const std::optional<testing::MessageBoxSeen>& box, const wchar_t* text)
+// The id of a process that has ended: the stand-in parent refuses to run without arguments.
+DWORD EndedProcessId()
 {
-    ASSERT_TRUE(box.has_value()) << "no box";
-    EXPECT_EQ(box->text, text);
-    testing::PressMessageBoxButton(box->window, IDOK);
+    testing::ChildProcess child = testing::ChildProcess::Start(ParentEditorProgram(), {});
+    EXPECT_TRUE(child.Wait(30000));
+    return child.Id();
 }
 
-TEST(FindParentEditor, LauncherFromThisInstallsEditorWaitsForItsEnd)
+TEST(SessionGate, InstanceCheckSeesLaunchersAndEditorsAndLeavesNothing)
 {
-    ScratchInstall install(L"parent-editor");
+    ASSERT_FALSE(SessionEventExists(kLauncherSessionEventName));
+    ASSERT_FALSE(SessionEventExists(kEditorSessionEventName));
+    const ScratchInstall install(L"instance-check");
+    EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 0u);
+    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName)) << "the event went with the process";
+    for (const wchar_t* other : {kLauncherSessionEventName, kEditorSessionEventName}) {
+        const UniqueHandle held = HoldEvent(other);
+        EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 9u);
+    }
+    EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName)) << "a blocked launcher keeps no event";
+}
+
+TEST(ClosingEditorWait, GoesOnOnceTheEditorAndItsLauncherAreGone)
+{
+    LaunchContext context;
+    context.editorRoot = L"C:\\nowhere";  // the test program is no editor of this install
+    const ClosingEditorLimits quick{300, 300, kEarlierLauncherPollMs};
+    const DWORD ended = EndedProcessId();
+    ParentEditor editor(ParentEditorProgram());
+    const struct {
+        ClosingEditorWait wait;
+        bool launcherHeld;
+        bool goesOn;
+    } rows[] = {
+        {{0, true, false}, false, true},
+        {{0, false, true}, false, true},
+        {{0, false, false}, false, true},
+        {{ended, true, false}, false, true},  // a process that is gone is not waited for
+        {{ended, true, false}, true, false},  // an earlier launcher that stays is
+        {{GetCurrentProcessId(), true, false}, false, false},  // can never end while waiting
+        {{editor.Id(), true, false}, false, false},  // does not end within the limit
+    };
+    for (const auto& row : rows) {
+        const UniqueHandle held = row.launcherHeld ? HoldEvent(kLauncherSessionEventName) : UniqueHandle();
+        EXPECT_EQ(WaitForClosingEditor(context, row.wait, quick), row.goesOn) << row.wait.waitForEditorPid;
+    }
+
+    // An earlier launcher that goes while the new one polls, with the shipped limits.
+    UniqueHandle launcher = HoldEvent(kLauncherSessionEventName);
+    bool goesOn = false;
+    std::thread waiter([&] { goesOn = WaitForClosingEditor(context, {ended, true, false}); });
+    launcher.Reset();
+    waiter.join();
+    EXPECT_TRUE(goesOn);
+
+    // Headless as it is, the instance check honours the explicit id and stands by.
+    const ScratchInstall install(L"wait-editor");
+    testing::ChildProcess check =
+        install.Start({L"-KorvaneInstanceCheck", L"-KorvaneWaitForEditorPid=" + std::to_wstring(editor.Id())});
+    EXPECT_FALSE(check.Wait(1500)) << "the launcher did not wait for the editor";
+    editor.Release();
+    ASSERT_TRUE(check.Wait(30000));
+    EXPECT_EQ(check.ExitCode(), 0u);
+}
+
+// The one check that runs the shipped 15 s: headless ends with 9 alone, an ordinary start in a box.
+TEST(ClosingEditorWait, EarlierLauncherThatStaysGivesNineAfterFifteenSeconds)
+{
+    const ScratchInstall install(L"wait-launcher");
+    const Text pidOption = L"-KorvaneWaitForEditorPid=" + std::to_wstring(EndedProcessId());
+    const UniqueHandle earlier = HoldEvent(kLauncherSessionEventName);
+    const ULONGLONG start = GetTickCount64();
+    testing::ChildProcess headless = install.Start({L"-KorvaneInstanceCheck", pidOption});
+    testing::ChildProcess interactive = install.Start({L"-KorvaneEmptyHost", pidOption});
+    ASSERT_TRUE(headless.Wait(60000));
+    EXPECT_EQ(headless.ExitCode(), 9u);
+    EXPECT_GE(GetTickCount64() - start, 15000u) << "gave up before the earlier launcher's time was out";
+    ExpectBoxThenNine(interactive.Id(), interactive.Handle(), kClosing);
+}
+
+TEST(FindParentEditor, OnlyThisInstallsEditorIsWaitedFor)
+{
+    const ScratchInstall install(L"parent-editor");
     testing::CopyFileTo(ParentEditorProgram(), install.Editor());
-    {
-        HeldEvent openEditor(kEditorSessionEventName);  // after the wait, the gate blocks with a box
-        // Started through a path in other letter case and with forward slashes.
-        const Text editorPath = install.Root() + L"/engine/BINARIES/win64/unrealeditor.EXE";
-        ParentEditor parent(editorPath, install, {L"-KorvaneEmptyHost"});
-        EXPECT_FALSE(testing::WaitForMessageBox(parent.LauncherId(), parent.Launcher(), 2000).has_value())
-            << "the launcher went on while its editor was still running";
-        EXPECT_TRUE(parent.EditorRuns());
-        parent.Release();
-        PressOk(testing::WaitForMessageBox(parent.LauncherId(), parent.Launcher()), kKV1830);
-        EXPECT_EQ(parent.LauncherExitCode(), 9u);
-    }
-    {
-        // Headless modes do not look for a parent editor.
-        ParentEditor parent(install.Editor(), install, {L"-KorvaneInstanceCheck"});
-        EXPECT_EQ(parent.LauncherExitCode(), 0u);
-        EXPECT_TRUE(parent.EditorRuns());
-    }
-}
-
-TEST(FindParentEditor, SameFileNameElsewhereIsNoEditorOfThisInstall)
-{
-    ScratchInstall install(L"parent-other");
     const Text otherEditor = install.Scratch(L"other\\Engine\\Binaries\\Win64\\UnrealEditor.exe");
     testing::CopyFileTo(ParentEditorProgram(), otherEditor);
-    HeldEvent openEditor(kEditorSessionEventName);
+    const Text pidFile = install.Scratch(L"launcher.pid");
+    {
+        const UniqueHandle openEditor = HoldEvent(kEditorSessionEventName);  // the gate blocks after the wait
+        // The same file name elsewhere is no editor of this install: the gate blocks at once.
+        ParentEditor other(otherEditor, pidFile, {install.Launcher(), L"-KorvaneEmptyHost"});
+        ExpectBoxThenNine(other.LauncherId(), other.Launcher(), kKV1830);
+        EXPECT_TRUE(other.Runs()) << "the box came while the parent still ran";
 
-    ParentEditor parent(otherEditor, install, {L"-KorvaneEmptyHost"});
-    PressOk(testing::WaitForMessageBox(parent.LauncherId(), parent.Launcher()), kKV1830);
-    EXPECT_EQ(parent.LauncherExitCode(), 9u);
-    EXPECT_TRUE(parent.EditorRuns()) << "the box came while the parent still ran";
+        // Started through a path in other letter case and with forward slashes.
+        ParentEditor parent(install.Root() + L"/engine/BINARIES/win64/unrealeditor.EXE", pidFile,
+            {install.Launcher(), L"-KorvaneEmptyHost"});
+        EXPECT_FALSE(testing::WaitForMessageBox(parent.LauncherId(), parent.Launcher(), 2000).has_value())
+            << "the launcher went on while its editor was still running";
+        parent.Release();
+        ExpectBoxThenNine(parent.LauncherId(), parent.Launcher(), kKV1830);
+    }
+    // Headless modes do not look for a parent editor.
+    ParentEditor parent(install.Editor(), pidFile, {install.Launcher(), L"-KorvaneInstanceCheck"});
+    EXPECT_EQ(ExitCodeOf(parent.Launcher()), 0u);
+    EXPECT_TRUE(parent.Runs());
 }
 
 }  // namespace
