@@ -1,16 +1,14 @@
 // Where the tool is found, and every way a built-in layout counts as damaged.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 #include "host/AuthoringLayout.h"
 
 #include <gtest/gtest.h>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
 
-using hosttest::Replace;
 using testing::ScratchDirectory;
 
 constexpr wchar_t kLayoutFile[] = L"Engine\\Korvane\\AuthoringLayout.json";
@@ -35,7 +33,7 @@ void MakeWholeBuiltinLayout(TextView root)
     testing::WriteFileBytes(JoinPath(root, kLayoutFile), kLayout);
     testing::WriteFileBytes(JoinPath(root, kModuleList), kModules);
     testing::WriteFileBytes(JoinPath(root, kTemplate), "{}");
-    hosttest::MakeTree(JoinPath(root, L"Engine\\Binaries"), {L"Win64\\UnrealEditor-KorvaneRuntime.dll",
+    MakeTree(JoinPath(root, L"Engine\\Binaries"), {L"Win64\\UnrealEditor-KorvaneRuntime.dll",
         L"Win64\\UnrealEditor-KorvaneUI.dll", L"Win64\\UnrealEditor-KorvaneBridge.dll",
         L"Win64\\UnrealEditor-KorvaneAuthoring.dll", L"x.dll", L"Win64\\sub\\x.dll", L"UnrealEditor-KorvaneRuntime.dll"});
 }
@@ -53,14 +51,14 @@ TEST(ResolveToolPath, ThePluginToolWithoutALayoutFileAndTheEngineToolWithAWholeO
     testing::MakeDirectories(root);
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool)) << "neither the file nor its folder exists";
     // The built-in tool in place, or a folder of the layout file's name, changes nothing.
-    hosttest::MakeTree(root, {kBuiltinTool, Text(kLayoutFile) + L"\\"});
+    MakeTree(root, {kBuiltinTool, Text(kLayoutFile) + L"\\"});
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool));
 
     RemoveDirectoryW(JoinPath(root, kLayoutFile).c_str());
     DeleteFileW(JoinPath(root, kBuiltinTool).c_str());
     MakeWholeBuiltinLayout(root);
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool)) << "whether or not the tool exists";
-    hosttest::MakeTree(root, {kBuiltinTool, kPluginTool});
+    MakeTree(root, {kBuiltinTool, kPluginTool});
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool));
 
     // Byte-order mark, CRLF, unknown keys, a string "1", and other modules that are anything.
@@ -116,17 +114,17 @@ TEST(ResolveToolPath, AnyDamageToTheBuiltinLayoutGivesTheEmptyTextAndChangesNoth
         ScratchDirectory scratch(L"layout-damage");
         const Text root = scratch / L"Install";
         MakeWholeBuiltinLayout(root);
-        hosttest::Touch(JoinPath(root, kBuiltinTool));
+        Touch(JoinPath(root, kBuiltinTool));
         if (bytes == kRemoved) {
             DeleteFileW(JoinPath(root, file).c_str());
         } else {
             testing::WriteFileBytes(JoinPath(root, file), bytes);
         }
-        const auto before = hosttest::SnapshotTree(scratch.Path());
+        const auto before = SnapshotTree(scratch.Path());
         EXPECT_EQ(ResolveToolPath(root), L"");
-        EXPECT_EQ(hosttest::SnapshotTree(scratch.Path()), before);
+        EXPECT_EQ(SnapshotTree(scratch.Path()), before);
     }
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest

@@ -3,7 +3,6 @@
 // environment of a folder.
 #include "HostFixtures.h"
 #include "MessageBoxes.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 #include "host/HostConfiguration.h"
@@ -15,10 +14,8 @@
 #include <stdexcept>
 #include <string>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
-
-using hosttest::ScratchInstall;
 
 // The install at S\Install, in no game, beside: Title (a shipped game with Title.kvsdk),
 // Project (a developer's project with Project.kvsdk), Bundle (a project with the marker and
@@ -26,10 +23,10 @@ using hosttest::ScratchInstall;
 struct ConfiguredInstall : ScratchInstall {
     explicit ConfiguredInstall(TextView label) : ScratchInstall(label)
     {
-        hosttest::MakeGameInstall(*this / L"Title", L"Title.exe");
-        hosttest::MakeGameProject(*this / L"Project");
-        hosttest::MakeGameProject(*this / L"Bundle", true);
-        hosttest::MakeTree(ScratchPath(), {L"Title\\Title.kvsdk", L"Project\\Project.kvsdk", L"Bundle\\Bundle.kvsdk",
+        MakeGameInstall(*this / L"Title", L"Title.exe");
+        MakeGameProject(*this / L"Project");
+        MakeGameProject(*this / L"Bundle", true);
+        MakeTree(ScratchPath(), {L"Title\\Title.kvsdk", L"Project\\Project.kvsdk", L"Bundle\\Bundle.kvsdk",
             L"Outside\\Outside.kvsdk", L"Multi\\A\\A.kvsdk", L"Multi\\B\\B.kvsdk"});
     }
 
@@ -39,13 +36,13 @@ struct ConfiguredInstall : ScratchInstall {
         TextView sdk = L"", TextView environment = L"") const
     {
         testing::WriteFileBytes(ConfigFile(), configuration);
-        const auto before = hosttest::SnapshotTree(ScratchPath());
+        const auto before = SnapshotTree(ScratchPath());
         if (exitCode == 0) {
             ExpectReport(arguments, game, sdk, environment);
         } else {
             EXPECT_EQ(ResolveHostContext(arguments), std::make_pair(exitCode, Bytes()));
         }
-        EXPECT_EQ(hosttest::SnapshotTree(ScratchPath()), before) << "the run changed something on disk";
+        EXPECT_EQ(SnapshotTree(ScratchPath()), before) << "the run changed something on disk";
     }
 };
 
@@ -104,51 +101,77 @@ TEST(HostConfiguration, WhatAFileDecides)
     setup.ExpectReport({}, L"", L"", L"");
 }
 
-TEST(HostConfiguration, EveryRefusalEndsWithExitThreeAndTouchesNothing)
+// Each refusal is seen twice: in-process with its own message, and through the launcher.
+TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNothing)
 {
     const ConfiguredInstall setup(L"config-refusals");
+    LaunchContext context;
+    context.editorRoot = setup.Root();
+    Text game;
+    const auto failure = [&](BytesView configuration) -> std::string {
+        game.clear();
+        context.requestedSdk.clear();
+        context.passThroughArguments = {L"-culture=de"};
+        testing::WriteFileBytes(setup.ConfigFile(), configuration);
+        try {
+            ApplyHostConfiguration(context, game);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return {};
+    };
+    const std::string version = "invalid host configuration version", environment = "invalid host environment";
+    const std::string relative = "packaged host paths must be relative", belong = "SDK must belong to this game package";
     const Bytes absoluteTitle = TextToUtf8(QuoteJsonText(setup / L"Title"));
     const Bytes valid = R"({"schemaVersion":1,"gameDirectory":"../Title"})";
-    std::vector<Bytes> refusals = {
-        "",
-        hosttest::Replace(valid, "{", "{" + Bytes(65537 - valid.size(), ' ')),
-        R"({"schemaVersion":1,"gameDirectory":"../Title")",
-        R"({"schemaVersion":1,"gameDirectory":"../Title","gameDirectory":"../Title"})",
-        R"([{"schemaVersion":1}])",
-        R"({"gameDirectory":"../Title"})",
-        R"({"schemaVersion":2,"gameDirectory":"../Title"})",
-        R"({"schemaVersion":1.0})",
-        R"({"schemaVersion":01})",
-        R"({"schemaVersion":1,"environment":"Packaged"})",
-        R"({"schemaVersion":1,"environment":"standalone"})",
-        R"({"schemaVersion":1,"environment":null})",
-        R"({"schemaVersion":1,"gameDirectory":)" + absoluteTitle + "}",
-        R"({"schemaVersion":1,"environment":"auto","gameDirectory":)" + absoluteTitle + "}",
-        R"({"schemaVersion":1,"packagedGameDirectory":"../Title","gameDirectory":)" + absoluteTitle + "}",
-        R"({"schemaVersion":1,"gameDirectory":"../Missing","packagedGameDirectory":"/Title"})",
-        R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"C:Title.kvsdk"})",
+    std::vector<std::pair<Bytes, std::string>> refusals = {
+        {"", "empty JSON"},
+        {Replace(valid, "{", "{" + Bytes(65537 - valid.size(), ' ')), "empty JSON"},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title")", "truncated JSON"},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","gameDirectory":"../Title"})", "duplicate JSON key"},
+        {R"([{"schemaVersion":1}])", version},
+        {R"({"gameDirectory":"../Title"})", version},
+        {R"({"schemaVersion":2,"gameDirectory":"../Title"})", version},
+        {R"({"schemaVersion":1.0})", version},
+        {R"({"schemaVersion":"01"})", version},
+        {R"({"schemaVersion":1,"environment":"Packaged"})", environment},
+        {R"({"schemaVersion":1,"environment":"standalone"})", environment},
+        {R"({"schemaVersion":1,"environment":null})", environment},
+        {R"({"schemaVersion":1,"gameDirectory":)" + absoluteTitle + "}", relative},
+        {R"({"schemaVersion":1,"environment":"auto","gameDirectory":"\\x"})", relative},
+        {R"({"schemaVersion":1,"packagedGameDirectory":"../Title","gameDirectory":)" + absoluteTitle + "}", relative},
+        {R"({"schemaVersion":1,"gameDirectory":"../Missing","packagedGameDirectory":"/Title"})", relative},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"C:Title.kvsdk"})", relative},
         // SDKs outside the packaged game: beside it, stepping out of it, in a sibling sharing its name.
-        R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Outside/Outside.kvsdk"})",
-        R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/../Outside/Outside.kvsdk"})",
-        R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../TitleX/x.kvsdk"})",
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Outside/Outside.kvsdk"})", belong},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/../Outside/Outside.kvsdk"})", belong},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../TitleX/x.kvsdk"})", belong},
     };
-    hosttest::FolderLink link(setup / L"Title\\Linked", setup / L"Outside");
+    FolderLink link(setup / L"Title\\Linked", setup / L"Outside");
     if (link.IsMade()) {
-        refusals.push_back(R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/Linked/Outside.kvsdk"})");
+        refusals.emplace_back(R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/Linked/Outside.kvsdk"})",
+            "packaged SDK path must not redirect outside its host");
     }
-    for (const Bytes& configuration : refusals) {
+    for (const auto& [configuration, message] : refusals) {
         SCOPED_TRACE(configuration.substr(0, 200));
+        EXPECT_EQ(failure(configuration), message);
         setup.Expect(configuration, {}, 3);
     }
     // The command line's SDK is held to the package too.
     setup.Expect(valid, {L"-sdk=" + setup / L"Outside\\Outside.kvsdk"}, 3);
-    setup.Expect(hosttest::Replace(valid, "{", "{" + Bytes(65536 - valid.size(), ' ')), {}, 0, setup / L"Title",
-        setup / L"Title\\Title.kvsdk", L"packaged");
+
+    // Exactly at the limit the file is read; the word goes after the arguments already there.
+    const Bytes atLimit = Replace(valid, "{", "{" + Bytes(65536 - valid.size(), ' '));
+    EXPECT_EQ(failure(atLimit), "");
+    EXPECT_EQ(std::tie(game, context.requestedSdk), std::make_tuple(setup / L"Title", setup / L"Title\\Title.kvsdk"));
+    EXPECT_EQ(context.passThroughArguments, (std::vector<Text>{L"-culture=de", L"-KorvaneHostEnvironment=packaged"}));
+    setup.Expect(atLimit, {}, 0, setup / L"Title", setup / L"Title\\Title.kvsdk", L"packaged");
     if (link.IsMade()) {
         // The linked path is taken untested for a developer, and a link that is the game itself is not examined.
-        setup.Expect(R"({"schemaVersion":1,"environment":"developer","gameDirectory":"../Title","sdk":"../Title/Linked/Outside.kvsdk"})",
+        setup.Expect(R"({"schemaVersion":1,"environment":"developer","gameDirectory":"../Title",)"
+                     R"("sdk":"../Title/Linked/Outside.kvsdk"})",
             {}, 0, setup / L"Title", setup / L"Title\\Linked\\Outside.kvsdk", L"developer");
-        hosttest::FolderLink gameLink(setup / L"TitleLink", setup / L"Title");
+        FolderLink gameLink(setup / L"TitleLink", setup / L"Title");
         setup.Expect(R"({"schemaVersion":1,"gameDirectory":"../TitleLink","sdk":"../TitleLink/Title.kvsdk"})", {}, 0,
             setup / L"TitleLink", setup / L"TitleLink\\Title.kvsdk", L"packaged");
     }
@@ -181,50 +204,6 @@ TEST(HostEnvironmentOf, FollowsTheProjectTestAndTheMarkerFile)
     EXPECT_EQ(HostEnvironmentOf(setup / L"Project"), L"developer") << "a folder of the marker's name is no marker";
 }
 
-// In-process, so that each refusal shows its own message and the results their places.
-TEST(ApplyHostConfiguration, EachRefusalHasItsOwnMessage)
-{
-    const ConfiguredInstall setup(L"config-messages");
-    LaunchContext context;
-    context.editorRoot = setup.Root();
-    Text game;
-    const auto failure = [&](BytesView configuration) -> std::string {
-        game.clear();
-        context.requestedSdk.clear();
-        context.passThroughArguments = {L"-culture=de"};
-        testing::WriteFileBytes(setup.ConfigFile(), configuration);
-        try {
-            ApplyHostConfiguration(context, game);
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return {};
-    };
-    std::vector<std::pair<Bytes, std::string>> rows = {
-        {"", "empty JSON"},
-        {R"({"schemaVersion":1)" + Bytes(65536, ' ') + "}", "empty JSON"},
-        {R"({"schemaVersion":1,"schemaVersion":1})", "duplicate JSON key"},
-        {R"({"schemaVersion":"01"})", "invalid host configuration version"},
-        {R"({"schemaVersion":1,"environment":"Auto"})", "invalid host environment"},
-        {R"({"schemaVersion":1,"environment":"auto","gameDirectory":"\\x"})", "packaged host paths must be relative"},
-        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Outside/Outside.kvsdk"})",
-            "SDK must belong to this game package"},
-    };
-    hosttest::FolderLink link(setup / L"Title\\Linked", setup / L"Outside");
-    if (link.IsMade()) {
-        rows.emplace_back(R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/Linked/Outside.kvsdk"})",
-            "packaged SDK path must not redirect outside its host");
-    }
-    for (const auto& [configuration, message] : rows) {
-        EXPECT_EQ(failure(configuration), message) << configuration.substr(0, 80);
-    }
-    // The word is appended after the arguments already there.
-    EXPECT_EQ(failure(R"({"schemaVersion":1,"gameDirectory":"../Title"})"), "");
-    EXPECT_EQ(game, setup / L"Title");
-    EXPECT_EQ(context.requestedSdk, setup / L"Title\\Title.kvsdk");
-    EXPECT_EQ(context.passThroughArguments, (std::vector<Text>{L"-culture=de", L"-KorvaneHostEnvironment=packaged"}));
-}
-
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest
 

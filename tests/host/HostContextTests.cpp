@@ -1,30 +1,25 @@
 // The real launcher working out its game and SDK: from the command line, the configuration,
 // the stored selection and the folder it lies in, in that order.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 
 #include <gtest/gtest.h>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
-
-using hosttest::Replace;
-using hosttest::ScratchInstall;
-using hosttest::Touch;
 
 // An install at S\Title\Install inside the shipped game S\Title, which holds Title.kvsdk, and
 // a second SDK inside the game that only a stored selection names.
 struct InGame : ScratchInstall {
     explicit InGame(TextView label) : ScratchInstall(label, L"Title\\Install")
     {
-        hosttest::MakeGameInstall(game, L"Title.exe");
-        hosttest::MakeTree(game, {L"Title.kvsdk", L"Mods\\Deep\\Stored.kvsdk"});
+        MakeGameInstall(game, L"Title.exe");
+        MakeTree(game, {L"Title.kvsdk", L"Mods\\Deep\\Stored.kvsdk"});
     }
     Bytes Stored(TextView environment, TextView gameDirectory, TextView sdk) const
     {
-        return hosttest::SelectionBytes(Root(), environment, gameDirectory, sdk);
+        return SelectionBytes(Root(), environment, gameDirectory, sdk);
     }
     Text game = *this / L"Title";
     Text gameSdk = *this / L"Title\\Title.kvsdk";
@@ -55,18 +50,18 @@ TEST(HostContext, AGameAroundTheInstallGivesItsOwnSdk)
     const Text game = install / L"Title";
     Touch(game + L"\\Title.kvsdk");
     install.ExpectReport({}, L"", L"", L"");  // a parent that is no game is not searched
-    hosttest::MakeGameInstall(game, L"Title.exe");
+    MakeGameInstall(game, L"Title.exe");
     install.ExpectReport({}, game, game + L"\\Title.kvsdk", L"packaged");
     // Two SDKs in the game: its subfolders decide, and when they do not, nothing is set.
     DeleteFileW((game + L"\\Title.kvsdk").c_str());
-    hosttest::MakeTree(game, {L"A.kvsdk", L"B.kvsdk", L"One\\One.kvsdk"});
+    MakeTree(game, {L"A.kvsdk", L"B.kvsdk", L"One\\One.kvsdk"});
     install.ExpectReport({}, game, game + L"\\One\\One.kvsdk", L"packaged");
     Touch(game + L"\\Two\\Two.kvsdk");
     install.ExpectReport({}, L"", L"", L"");
 
     ScratchInstall inProject(L"context-project", L"Game\\Install");
     const Text project = inProject / L"Game";
-    hosttest::MakeGameProject(project);
+    MakeGameProject(project);
     Touch(project + L"\\Sdk\\Game.kvsdk");
     inProject.ExpectReport({}, project, project + L"\\Sdk\\Game.kvsdk", L"developer");
     Touch(project + L"\\.korvane-host-bundle.json");
@@ -77,8 +72,8 @@ TEST(HostContext, AGameAroundTheInstallGivesItsOwnSdk)
 TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
 {
     const InGame install(L"context-stored");
-    hosttest::MakeGameInstall(install / L"Other", L"Other.exe");
-    hosttest::MakeTree(install.ScratchPath(), {L"Other\\Other.kvsdk", L"Outside.kvsdk", L"Title\\Folder.kvsdk\\",
+    MakeGameInstall(install / L"Other", L"Other.exe");
+    MakeTree(install.ScratchPath(), {L"Other\\Other.kvsdk", L"Outside.kvsdk", L"Title\\Folder.kvsdk\\",
         L"Elsewhere\\Linked.kvsdk"});
     const Text& game = install.game;
     const Bytes valid = install.Stored(L"packaged", game, install.storedSdk);
@@ -89,8 +84,8 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
     std::vector<Bytes> refusals = {
         Replace(valid, "\"schemaVersion\":1", "\"schemaVersion\":2"),  // 1
         Replace(valid, "\"schemaVersion\":1,", ""),
-        hosttest::SelectionBytes(upper(install.Root()), L"packaged", game, install.storedSdk),  // 2
-        hosttest::SelectionBytes(install.Root() + L"2", L"packaged", game, install.storedSdk),
+        SelectionBytes(upper(install.Root()), L"packaged", game, install.storedSdk),  // 2
+        SelectionBytes(install.Root() + L"2", L"packaged", game, install.storedSdk),
         install.Stored(L"developer", game, install.storedSdk),  // 3
         install.Stored(L"Packaged", game, install.storedSdk),
         install.Stored(L"packaged", game, game + L"\\Gone.kvsdk"),  // 4
@@ -107,7 +102,7 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
         "1",
         "{\"schemaVersion\":1,\"editorRoot\":\"\xFF\"}",
     };
-    hosttest::FolderLink link(game + L"\\Linked", install / L"Elsewhere");
+    FolderLink link(game + L"\\Linked", install / L"Elsewhere");
     if (link.IsMade()) {
         refusals.push_back(install.Stored(L"packaged", game, game + L"\\Linked\\Linked.kvsdk"));
     }
@@ -115,9 +110,9 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
     for (const Bytes& selection : refusals) {
         SCOPED_TRACE(selection.substr(0, 200));
         install.Selection().Write(selection);
-        const auto before = hosttest::SnapshotTree(storeFolder);
+        const auto before = SnapshotTree(storeFolder);
         install.ExpectReport({}, game, install.gameSdk, L"packaged");
-        EXPECT_EQ(hosttest::SnapshotTree(storeFolder), before) << "never deleted or repaired";
+        EXPECT_EQ(SnapshotTree(storeFolder), before) << "never deleted or repaired";
     }
 }
 
@@ -128,12 +123,12 @@ TEST(HostContext, AStoredSelectionOutsideAGame)
     const Text project = free / L"Project";
     const Text projectSdk = project + L"\\Project.kvsdk";
     const Text loose = free / L"Loose\\Loose.kvsdk";
-    hosttest::MakeGameProject(project);
-    hosttest::MakeGameInstall(free / L"Games\\Far", L"Far.exe");
-    hosttest::MakeTree(free.ScratchPath(), {L"Project\\Project.kvsdk", L"Games\\Far\\Far.kvsdk", L"Plain\\Plain.kvsdk",
+    MakeGameProject(project);
+    MakeGameInstall(free / L"Games\\Far", L"Far.exe");
+    MakeTree(free.ScratchPath(), {L"Project\\Project.kvsdk", L"Games\\Far\\Far.kvsdk", L"Plain\\Plain.kvsdk",
         L"Loose\\Loose.kvsdk"});
     const auto selection = [&](TextView environment, TextView game, TextView sdk) {
-        return hosttest::SelectionBytes(free.Root(), environment, game, sdk);
+        return SelectionBytes(free.Root(), environment, game, sdk);
     };
     // Values are taken as they stand in the file, not normalised.
     const Text farGame = free.ScratchPath() + L"/Games/Far";
@@ -144,7 +139,7 @@ TEST(HostContext, AStoredSelectionOutsideAGame)
         Bytes selection;
         Text game, sdk, environment;
     } rows[] = {
-        {hosttest::SelectionBytes(free.Root() + L"\\", L"packaged", farGame, farSdk), farGame, farSdk, L"packaged"},
+        {SelectionBytes(free.Root() + L"\\", L"packaged", farGame, farSdk), farGame, farSdk, L"packaged"},
         {selection(L"standalone", L"", loose), L"", loose, L""},  // no game and no word
         {atLimit, L"", loose, L""},
         {selection(L"developer", project, loose), project, loose, L"developer"},  // its SDK may lie anywhere
@@ -177,9 +172,9 @@ TEST(HostContext, LauncherCheckGoesAsFarAsTheSdkSelection)
     ScratchInstall free(L"check-free");
     const Text sdk = free / L"Loose\\Loose.kvsdk";
     Touch(sdk);
-    free.Selection().Write(hosttest::SelectionBytes(free.Root(), L"standalone", L"", sdk));
+    free.Selection().Write(SelectionBytes(free.Root(), L"standalone", L"", sdk));
     EXPECT_EQ(free.Run({L"-KorvaneLauncherCheck"}), 4u) << "the stored selection is settled";
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest

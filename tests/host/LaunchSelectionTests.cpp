@@ -1,6 +1,5 @@
 // The per-user selection: where it lives for an install, and what a save writes or refuses.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/KnownFolders.h"
 #include "foundation/Paths.h"
@@ -9,11 +8,8 @@
 
 #include <gtest/gtest.h>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
-
-using hosttest::SelectionBytes;
-using hosttest::Touch;
 
 TEST(LaunchSelectionPath, IsKeyedByTheFoldedNormalisedRoot)
 {
@@ -35,9 +31,9 @@ struct SaveSetup {
     {
         testing::MakeDirectories(root);
         context.editorRoot = root;
-        hosttest::MakeGameInstall(game);
-        hosttest::MakeGameProject(scratch / L"Project");
-        hosttest::MakeTree(
+        MakeGameInstall(game);
+        MakeGameProject(scratch / L"Project");
+        MakeTree(
             scratch.Path(), {L"Plain\\P.kvsdk", L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\", L"\x6E38\x620F QX\\x.kvsdk"});
     }
     Text operator/(TextView relative) const { return scratch / relative; }
@@ -45,7 +41,7 @@ struct SaveSetup {
 
     testing::ScratchDirectory scratch;
     Text root;
-    hosttest::SelectionStore store;
+    SelectionStore store;
     LaunchContext context;
     Text game = scratch / L"\x6E38\x620F Q";
 };
@@ -60,7 +56,7 @@ TEST(SaveLaunchSelection, WritesTheRecordByteForByteAndCreatesItsFolders)
     EXPECT_TRUE(SaveLaunchSelection(setup.context, setup.game + L"\\sub\\..\\\x00C9.kvsdk", setup.game + L"/"));
     EXPECT_EQ(setup.store.Read(), SelectionBytes(setup.root, L"packaged", setup.game, sdk));
     EXPECT_NE(setup.store.Read().find("\xE6\xB8\xB8\xE6\x88\x8F Q\\\\\xC3\x89.kvsdk\"}"), Bytes::npos);
-    EXPECT_EQ(hosttest::SnapshotTree(setup.StoreFolder()).size(), 1u);
+    EXPECT_EQ(SnapshotTree(setup.StoreFolder()).size(), 1u);
 
     const Text any = setup / L"Elsewhere\\Any.kvsdk";
     EXPECT_TRUE(SaveLaunchSelection(setup.context, any, setup / L"Project")) << "a developer's SDK may lie anywhere";
@@ -81,7 +77,7 @@ TEST(SaveLaunchSelection, RefusalsWriteNothingAndKeepAnOlderFile)
 
     const Bytes older = "{\"schemaVersion\":1,\"older\":true}";
     setup.store.Write(older);
-    hosttest::FolderLink link(JoinPath(setup.game, L"Sdk"), setup / L"Elsewhere");
+    FolderLink link(JoinPath(setup.game, L"Sdk"), setup / L"Elsewhere");
     const std::pair<Text, Text> refusals[] = {
         {outside, setup.game},
         {L"", L""},
@@ -98,8 +94,8 @@ TEST(SaveLaunchSelection, RefusalsWriteNothingAndKeepAnOlderFile)
     setup.context.pickerPreview = true;
     EXPECT_FALSE(SaveLaunchSelection(setup.context, outside, L"")) << "a preview never touches the store";
     EXPECT_EQ(setup.store.Read(), older);
-    EXPECT_EQ(hosttest::SnapshotTree(setup.StoreFolder()).size(), 1u);
+    EXPECT_EQ(SnapshotTree(setup.StoreFolder()).size(), 1u);
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest

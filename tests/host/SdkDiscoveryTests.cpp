@@ -1,6 +1,5 @@
 // Game folders told from other folders, and the one SDK of a folder, on real trees.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 #include "host/SdkDiscovery.h"
@@ -8,18 +7,10 @@
 
 #include <gtest/gtest.h>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
 
-using hosttest::MakeTree;
 using testing::ScratchDirectory;
-
-// Each row is a fresh folder (named `name`) holding `entries`; an entry ending in `\` is a folder.
-struct TreeRow {
-    const wchar_t* name;
-    std::vector<Text> entries;
-    const wchar_t* expected;  // below the folder; "" for no answer
-};
 
 TEST(GameDirectoryTests, InstallAndProjectFolders)
 {
@@ -50,76 +41,74 @@ TEST(GameDirectoryTests, InstallAndProjectFolders)
     EXPECT_FALSE(IsGameProjectDirectory(L""));
 }
 
-TEST(FindSdk, InAFolderAndOneLevelBelowIt)
+TEST(FindSdk, InAFolderOneLevelBelowItOrByAnExplicitPath)
 {
     ScratchDirectory scratch(L"sdk-find");
-    const TreeRow inFolder[] = {
+    // Each row is a fresh folder holding `entries`: the answers in it, and one level below it.
+    const struct {
+        const wchar_t* name;
+        std::vector<Text> entries;
+        const wchar_t *inFolder, *below;  // relative to the folder; "" for no answer
+    } rows[] = {
         // The case of the built name, not the one on disk; the fixed names end the search.
-        {L"Title", {L"TITLE.KVSDK", L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"Title.kvsdk"},
-        {L"Fixed", {L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"KorvaneSDK.kvsdk"},
-        {L"One", {L"A.kvsdk"}, L"A.kvsdk"},
-        {L"Two", {L"A.kvsdk", L"B.kvsdk"}, L""},
-        {L"Folders", {L"a.kvsdk\\", L"b.kvsdk"}, L"b.kvsdk"},  // folders never count
-        {L"None", {L"readme.txt"}, L""},
+        {L"Title", {L"TITLE.KVSDK", L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"Title.kvsdk", L"Title.kvsdk"},
+        {L"Fixed", {L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"KorvaneSDK.kvsdk", L"KorvaneSDK.kvsdk"},
+        {L"One", {L"A.kvsdk"}, L"A.kvsdk", L"A.kvsdk"},
+        {L"Two", {L"A.kvsdk", L"B.kvsdk"}, L"", L""},
+        {L"Folders", {L"a.kvsdk\\", L"b.kvsdk"}, L"b.kvsdk", L"b.kvsdk"},  // folders never count
+        {L"None", {L"readme.txt"}, L"", L""},
+        // An ambiguous subfolder gives nothing and does not count; nor do dot-folders and the second level.
+        {L"B1", {L"Sub1\\One.kvsdk", L"Sub2\\A.kvsdk", L"Sub2\\B.kvsdk"}, L"", L"Sub1\\One.kvsdk"},
+        {L"B2", {L"Sub1\\One.kvsdk", L".cache\\C.kvsdk", L"Deep\\Deeper\\D.kvsdk"}, L"", L"Sub1\\One.kvsdk"},
+        {L"B3", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk"}, L"", L""},
+        {L"B4", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk", L"Own.kvsdk"}, L"Own.kvsdk", L"Own.kvsdk"},
+        {L"B5", {L".cache\\C.kvsdk"}, L"", L""},
     };
-    for (const TreeRow& row : inFolder) {
+    const auto answer = [&](const wchar_t* name, const wchar_t* relative) {
+        return *relative == 0 ? Text() : JoinPath(scratch / name, relative);
+    };
+    for (const auto& row : rows) {
         MakeTree(scratch / row.name, row.entries);
-        const Text expected = *row.expected == 0 ? Text() : JoinPath(scratch / row.name, row.expected);
-        EXPECT_EQ(FindSdkFile(scratch / row.name + L"\\", L""), expected) << TextToUtf8(row.name);
+        EXPECT_EQ(FindSdkFile(scratch / row.name + L"\\", L""), answer(row.name, row.inFolder)) << TextToUtf8(row.name);
+        EXPECT_EQ(FindSdkBelowDirectory(scratch / row.name), answer(row.name, row.below)) << TextToUtf8(row.name);
     }
     EXPECT_EQ(FindSdkFile(scratch / L"Missing", L""), L"");
     EXPECT_EQ(FindSdkFile(L"", L""), L"");
-
-    const TreeRow below[] = {
-        {L"B1", {L"Sub1\\One.kvsdk", L"Sub2\\A.kvsdk", L"Sub2\\B.kvsdk"}, L"Sub1\\One.kvsdk"},  // ambiguous Sub2: none
-        {L"B2", {L"Sub1\\One.kvsdk", L".cache\\C.kvsdk", L"Deep\\Deeper\\D.kvsdk"}, L"Sub1\\One.kvsdk"},
-        {L"B3", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk"}, L""},
-        {L"B4", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk", L"Own.kvsdk"}, L"Own.kvsdk"},
-        {L"B5", {L".cache\\C.kvsdk"}, L""},
-    };
-    for (const TreeRow& row : below) {
-        MakeTree(scratch / row.name, row.entries);
-        const Text expected = *row.expected == 0 ? Text() : JoinPath(scratch / row.name, row.expected);
-        EXPECT_EQ(FindSdkBelowDirectory(scratch / row.name), expected) << TextToUtf8(row.name);
-    }
     EXPECT_EQ(FindSdkBelowDirectory(L""), L"");
+
+    // An explicit path is taken or refused without a search; the game plays no part.
+    MakeTree(scratch / L"x", {L"y.KVSDK", L"y.kvsdk.bak", L"kvsdk", L"folder.kvsdk\\"});
+    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\sub\\..\\y.KVSDK"), scratch / L"x\\y.KVSDK");
+    EXPECT_EQ(FindSdkFile(scratch / L"One", scratch / L"x/y.KVSDK"), scratch / L"x\\y.KVSDK");
+    for (const wchar_t* refused : {L"x\\y.kvsdk.bak", L"x\\kvsdk", L"x\\folder.kvsdk", L"x\\missing.kvsdk"}) {
+        EXPECT_EQ(FindSdkFile(scratch / L"One", scratch / refused), L"") << "no fall-back on the game's own SDK";
+    }
 }
 
 TEST(FindSdk, FolderLinksNeitherRivalNorAreSearched)
 {
     ScratchDirectory scratch(L"sdk-link");
     MakeTree(scratch.Path(), {L"Folder\\a.kvsdk", L"Target\\Linked.kvsdk", L"Root\\"});
-    hosttest::FolderLink beside(scratch / L"Folder\\b.kvsdk", scratch / L"Target");
-    hosttest::FolderLink below(scratch / L"Root\\Linked", scratch / L"Target");
+    FolderLink beside(scratch / L"Folder\\b.kvsdk", scratch / L"Target");
+    FolderLink below(scratch / L"Root\\Linked", scratch / L"Target");
     if (!beside.IsMade() || !below.IsMade()) {
         GTEST_SKIP() << "this system cannot make folder links";
     }
     EXPECT_EQ(FindSdkFile(scratch / L"Folder", L""), scratch / L"Folder\\a.kvsdk");
     EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), L"");
-    hosttest::Touch(scratch / L"Root\\Plain\\Plain.kvsdk");
+    Touch(scratch / L"Root\\Plain\\Plain.kvsdk");
     EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), scratch / L"Root\\Plain\\Plain.kvsdk");
-}
-
-TEST(FindSdkFile, AnExplicitPathIsTakenOrRefusedWithoutASearch)
-{
-    ScratchDirectory scratch(L"sdk-explicit");
-    const Text game = scratch / L"Game";
-    MakeTree(scratch.Path(), {L"Game\\Game.kvsdk", L"x\\y.KVSDK", L"x\\y.kvsdk.bak", L"x\\kvsdk", L"x\\folder.kvsdk\\"});
-    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\sub\\..\\y.KVSDK"), scratch / L"x\\y.KVSDK");
-    EXPECT_EQ(FindSdkFile(game, scratch / L"x/y.KVSDK"), scratch / L"x\\y.KVSDK") << "the game plays no part";
-    for (const wchar_t* refused : {L"x\\y.kvsdk.bak", L"x\\kvsdk", L"x\\folder.kvsdk", L"x\\missing.kvsdk"}) {
-        EXPECT_EQ(FindSdkFile(game, scratch / refused), L"") << "no fall-back on the game's own SDK";
-    }
 }
 
 TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
 {
     ScratchDirectory scratch(L"sdk-selection");
     const Text game = scratch / L"Game";
-    hosttest::Touch(JoinPath(game, L"Game.kvsdk"));
+    Touch(JoinPath(game, L"Game.kvsdk"));
     Text gameDirectory = L"old", sdk = L"old", message = L"untouched";
     EXPECT_TRUE(ResolveSdkSelection(game + L"\\", L"", gameDirectory, sdk, message));
-    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, JoinPath(game, L"Game.kvsdk"), Text(L"untouched")));
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message),
+        std::make_tuple(game, JoinPath(game, L"Game.kvsdk"), Text(L"untouched")));
     EXPECT_FALSE(ResolveSdkSelection(L"", L"", gameDirectory, sdk, message));
     EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(Text(), Text(),
         Text(L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.")));
@@ -130,8 +119,9 @@ TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
     SetUiLanguage(L"zh-Hans");
     EXPECT_FALSE(ResolveSdkSelection(game, scratch / L"Missing.kvsdk", gameDirectory, sdk, message));
     EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, Text(),
-        Text(L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C\x6216\x5305\x542B\x6E38\x620F SDK \x7684\x76EE\x5F55\x3002")));
+        Text(L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C"
+             L"\x6216\x5305\x542B\x6E38\x620F SDK \x7684\x76EE\x5F55\x3002")));
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest
