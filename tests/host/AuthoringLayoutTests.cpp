@@ -33,9 +33,10 @@ void MakeWholeBuiltinLayout(TextView root)
     testing::WriteFileBytes(JoinPath(root, kLayoutFile), kLayout);
     testing::WriteFileBytes(JoinPath(root, kModuleList), kModules);
     testing::WriteFileBytes(JoinPath(root, kTemplate), "{}");
-    MakeTree(JoinPath(root, L"Engine\\Binaries"), {L"Win64\\UnrealEditor-KorvaneRuntime.dll",
-        L"Win64\\UnrealEditor-KorvaneUI.dll", L"Win64\\UnrealEditor-KorvaneBridge.dll",
-        L"Win64\\UnrealEditor-KorvaneAuthoring.dll", L"x.dll", L"Win64\\sub\\x.dll", L"UnrealEditor-KorvaneRuntime.dll"});
+    MakeTree(JoinPath(root, L"Engine\\Binaries"), {L"x.dll", L"Win64\\sub\\x.dll", L"UnrealEditor-KorvaneRuntime.dll"});
+    for (const wchar_t* module : {L"Runtime", L"UI", L"Bridge", L"Authoring"}) {
+        Touch(JoinPath(root, Text(L"Engine\\Binaries\\Win64\\UnrealEditor-Korvane") + module + L".dll"));
+    }
 }
 
 // A JSON document padded with blanks inside the object to exactly `size` bytes.

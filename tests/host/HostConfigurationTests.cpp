@@ -19,7 +19,7 @@ namespace {
 
 // The install at S\Install, in no game, beside: Title (a shipped game with Title.kvsdk),
 // Project (a developer's project with Project.kvsdk), Bundle (a project with the marker and
-// Bundle.kvsdk), Outside (a plain folder with Outside.kvsdk), Multi (an SDK in each of two subfolders).
+// Bundle.kvsdk), Out (a plain folder with Out.kvsdk), Multi (an SDK in each of two subfolders).
 struct ConfiguredInstall : ScratchInstall {
     explicit ConfiguredInstall(TextView label) : ScratchInstall(label)
     {
@@ -27,7 +27,7 @@ struct ConfiguredInstall : ScratchInstall {
         MakeGameProject(*this / L"Project");
         MakeGameProject(*this / L"Bundle", true);
         MakeTree(ScratchPath(), {L"Title\\Title.kvsdk", L"Project\\Project.kvsdk", L"Bundle\\Bundle.kvsdk",
-            L"Outside\\Outside.kvsdk", L"Multi\\A\\A.kvsdk", L"Multi\\B\\B.kvsdk"});
+            L"Out\\Out.kvsdk", L"Multi\\A\\A.kvsdk", L"Multi\\B\\B.kvsdk"});
     }
 
     // The report mode with this configuration gives exit code 0 and the report of the three
@@ -51,7 +51,7 @@ TEST(HostConfiguration, WhatAFileDecides)
     const ConfiguredInstall setup(L"config-decides");
     const Text title = setup / L"Title", titleSdk = setup / L"Title\\Title.kvsdk";
     const Text project = setup / L"Project", projectSdk = setup / L"Project\\Project.kvsdk";
-    const Text outsideSdk = setup / L"Outside\\Outside.kvsdk";
+    const Text outsideSdk = setup / L"Out\\Out.kvsdk";
     const struct {
         Bytes configuration;
         std::vector<Text> arguments;
@@ -59,16 +59,16 @@ TEST(HostConfiguration, WhatAFileDecides)
     } rows[] = {
         // The version alone changes nothing and adds no word, nor does an SDK without a game.
         {"\xEF\xBB\xBF" R"({"schemaVersion":1,"unknown":{"gameDirectory":"../Title"}})", {}, L"", L"", L""},
-        {R"({"schemaVersion":1,"environment":"developer","sdk":"../Outside/Outside.kvsdk"})", {}, L"", L"", L""},
+        {R"({"schemaVersion":1,"environment":"developer","sdk":"../Out/Out.kvsdk"})", {}, L"", L"", L""},
         // A relative game directory, packaged by default, finds the game's SDK.
         {R"({"schemaVersion":"1","gameDirectory":"../Title"})", {}, title, titleSdk, L"packaged"},
         {R"({"schemaVersion":1,"environment":"","gameDirectory":"..\\Title\\"})", {}, title, titleSdk, L"packaged"},
         {R"({"schemaVersion":1,"gameDirectory":"../Multi"})", {}, setup / L"Multi", L"", L"packaged"},
         // Developer: absolute paths are taken; the packaged directory is ignored.
-        {R"({"schemaVersion":1,"environment":"developer","gameDirectory":)" + TextToUtf8(QuoteJsonText(project + L"/")) +
-                R"(,"packagedGameDirectory":"C:\\Elsewhere"})", {}, project, projectSdk, L"developer"},
-        {R"({"schemaVersion":1,"environment":"developer","gameDirectory":"../Project","sdk":"../Outside/Outside.kvsdk"})",
-            {}, project, outsideSdk, L"developer"},
+        {R"({"schemaVersion":1,"environment":"developer","packagedGameDirectory":"C:\\Elsewhere","gameDirectory":)" +
+                TextToUtf8(QuoteJsonText(project + L"/")) + "}", {}, project, projectSdk, L"developer"},
+        {R"({"schemaVersion":1,"environment":"developer","gameDirectory":"../Project","sdk":"../Out/Out.kvsdk"})", {},
+            project, outsideSdk, L"developer"},
         // Auto is decided by the folder and its marker; existence is no condition.
         {R"({"schemaVersion":1,"environment":"auto","gameDirectory":"../Project","packagedGameDirectory":"../Title"})",
             {}, project, projectSdk, L"developer"},
@@ -77,7 +77,7 @@ TEST(HostConfiguration, WhatAFileDecides)
         {R"({"schemaVersion":1,"environment":"auto","gameDirectory":"../Nowhere"})", {}, setup / L"Nowhere", L"",
             L"packaged"},
         // Packaged: the packaged directory replaces the game directory, which need not exist.
-        {R"({"schemaVersion":1,"environment":"packaged","gameDirectory":"../Missing","packagedGameDirectory":"../Title"})",
+        {R"({"schemaVersion":1,"gameDirectory":"../Missing","packagedGameDirectory":"../Title"})",
             {}, title, titleSdk, L"packaged"},
         // An SDK inside the packaged game in another letter case belongs to it.
         {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../TITLE/Other.kvsdk"})", {}, title,
@@ -121,7 +121,8 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
         return {};
     };
     const std::string version = "invalid host configuration version", environment = "invalid host environment";
-    const std::string relative = "packaged host paths must be relative", belong = "SDK must belong to this game package";
+    const std::string relative = "packaged host paths must be relative";
+    const std::string belong = "SDK must belong to this game package";
     const Bytes absoluteTitle = TextToUtf8(QuoteJsonText(setup / L"Title"));
     const Bytes valid = R"({"schemaVersion":1,"gameDirectory":"../Title"})";
     std::vector<std::pair<Bytes, std::string>> refusals = {
@@ -143,13 +144,13 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
         {R"({"schemaVersion":1,"gameDirectory":"../Missing","packagedGameDirectory":"/Title"})", relative},
         {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"C:Title.kvsdk"})", relative},
         // SDKs outside the packaged game: beside it, stepping out of it, in a sibling sharing its name.
-        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Outside/Outside.kvsdk"})", belong},
-        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/../Outside/Outside.kvsdk"})", belong},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Out/Out.kvsdk"})", belong},
+        {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/../Out/Out.kvsdk"})", belong},
         {R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../TitleX/x.kvsdk"})", belong},
     };
-    FolderLink link(setup / L"Title\\Linked", setup / L"Outside");
+    FolderLink link(setup / L"Title\\Linked", setup / L"Out");
     if (link.IsMade()) {
-        refusals.emplace_back(R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/Linked/Outside.kvsdk"})",
+        refusals.emplace_back(R"({"schemaVersion":1,"gameDirectory":"../Title","sdk":"../Title/Linked/Out.kvsdk"})",
             "packaged SDK path must not redirect outside its host");
     }
     for (const auto& [configuration, message] : refusals) {
@@ -158,7 +159,7 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
         setup.Expect(configuration, {}, 3);
     }
     // The command line's SDK is held to the package too.
-    setup.Expect(valid, {L"-sdk=" + setup / L"Outside\\Outside.kvsdk"}, 3);
+    setup.Expect(valid, {L"-sdk=" + setup / L"Out\\Out.kvsdk"}, 3);
 
     // Exactly at the limit the file is read; the word goes after the arguments already there.
     const Bytes atLimit = Replace(valid, "{", "{" + Bytes(65536 - valid.size(), ' '));
@@ -169,15 +170,15 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
     if (link.IsMade()) {
         // The linked path is taken untested for a developer, and a link that is the game itself is not examined.
         setup.Expect(R"({"schemaVersion":1,"environment":"developer","gameDirectory":"../Title",)"
-                     R"("sdk":"../Title/Linked/Outside.kvsdk"})",
-            {}, 0, setup / L"Title", setup / L"Title\\Linked\\Outside.kvsdk", L"developer");
+                     R"("sdk":"../Title/Linked/Out.kvsdk"})",
+            {}, 0, setup / L"Title", setup / L"Title\\Linked\\Out.kvsdk", L"developer");
         FolderLink gameLink(setup / L"TitleLink", setup / L"Title");
         setup.Expect(R"({"schemaVersion":1,"gameDirectory":"../TitleLink","sdk":"../TitleLink/Title.kvsdk"})", {}, 0,
             setup / L"TitleLink", setup / L"TitleLink\\Title.kvsdk", L"packaged");
     }
 }
 
-TEST(HostConfiguration, ABadFileIsReportedInABoxOutsideHeadlessModes)
+TEST(HostConfiguration, ABadFileIsReportedInABoxOutHeadlessModes)
 {
     const ConfiguredInstall setup(L"config-box");
     testing::WriteFileBytes(setup.ConfigFile(), R"({"schemaVersion":2})");

@@ -34,7 +34,6 @@ TEST(HostContext, TheCommandLineAndTheConfigurationComeFirst)
     Touch(otherSdk);
     install.ExpectReport({L"-KorvaneGameDir=C:\\Given"}, L"C:\\Given", L"", L"");
     install.ExpectReport({L"-sdk=" + otherSdk}, L"", otherSdk, L"");
-    install.ExpectReport({otherSdk}, L"", otherSdk, L"");
     install.ExpectReport({L"-KorvaneHostEnvironment=developer"}, L"", L"", L"developer");
     // Only an element that begins with the option, in its case, counts.
     install.ExpectReport({L"x-KorvaneHostEnvironment=developer", L"-korvanehostenvironment=developer"}, install.game,
@@ -85,7 +84,6 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
         Replace(valid, "\"schemaVersion\":1", "\"schemaVersion\":2"),  // 1
         Replace(valid, "\"schemaVersion\":1,", ""),
         SelectionBytes(upper(install.Root()), L"packaged", game, install.storedSdk),  // 2
-        SelectionBytes(install.Root() + L"2", L"packaged", game, install.storedSdk),
         install.Stored(L"developer", game, install.storedSdk),  // 3
         install.Stored(L"Packaged", game, install.storedSdk),
         install.Stored(L"packaged", game, game + L"\\Gone.kvsdk"),  // 4
@@ -99,8 +97,6 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
         valid.substr(0, valid.size() - 1),
         Replace(valid, "{", "{\"sdkFile\":\"x\","),
         "[" + valid + "]",
-        "1",
-        "{\"schemaVersion\":1,\"editorRoot\":\"\xFF\"}",
     };
     FolderLink link(game + L"\\Linked", install / L"Elsewhere");
     if (link.IsMade()) {
@@ -114,6 +110,11 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
         install.ExpectReport({}, game, install.gameSdk, L"packaged");
         EXPECT_EQ(SnapshotTree(storeFolder), before) << "never deleted or repaired";
     }
+    // The launcher check goes as far as the SDK selection; no tool is installed, so a settled
+    // SDK fails the check itself (4), and a bad configuration stops before it (3).
+    EXPECT_EQ(install.Run({L"-KorvaneLauncherCheck"}), 4u);
+    testing::WriteFileBytes(install.ConfigFile(), "{}");
+    EXPECT_EQ(install.Run({L"-KorvaneLauncherCheck"}), 3u);
 }
 
 // Outside a game there is no fall-back: a refused selection leaves nothing set.
@@ -157,23 +158,9 @@ TEST(HostContext, AStoredSelectionOutsideAGame)
     // Once the project gains the bundle marker, the stored word no longer holds.
     free.Selection().Write(selection(L"developer", project, projectSdk));
     free.ExpectReport({}, project, projectSdk, L"developer");
+    EXPECT_EQ(free.Run({L"-KorvaneLauncherCheck"}), 4u) << "the stored selection is settled";
     Touch(project + L"\\.korvane-host-bundle.json");
     free.ExpectReport({}, L"", L"", L"");
-}
-
-TEST(HostContext, LauncherCheckGoesAsFarAsTheSdkSelection)
-{
-    // No tool is installed: a settled SDK ends in a failed check (4), an unsettled one before it (3).
-    const InGame install(L"check-ingame");
-    EXPECT_EQ(install.Run({L"-KorvaneLauncherCheck"}), 4u) << "the game's own SDK is settled";
-    testing::WriteFileBytes(install.ConfigFile(), "{}");
-    EXPECT_EQ(install.Run({L"-KorvaneLauncherCheck"}), 3u) << "a bad configuration";
-
-    ScratchInstall free(L"check-free");
-    const Text sdk = free / L"Loose\\Loose.kvsdk";
-    Touch(sdk);
-    free.Selection().Write(SelectionBytes(free.Root(), L"standalone", L"", sdk));
-    EXPECT_EQ(free.Run({L"-KorvaneLauncherCheck"}), 4u) << "the stored selection is settled";
 }
 
 }  // namespace

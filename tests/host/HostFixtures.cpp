@@ -92,7 +92,7 @@ void MakeTree(TextView root, const std::vector<Text>& entries)
 
 void Touch(TextView path) { testing::WriteFileBytes(path, ""); }
 
-void MakeGameInstall(TextView directory, TextView exeName) { testing::WriteFileBytes(JoinPath(directory, exeName), "MZ"); }
+void MakeGameInstall(TextView directory, TextView exe) { testing::WriteFileBytes(JoinPath(directory, exe), "MZ"); }
 
 void MakeGameProject(TextView directory, bool withBundleMarker)
 {

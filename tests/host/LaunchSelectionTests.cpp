@@ -25,76 +25,53 @@ TEST(LaunchSelectionPath, IsKeyedByTheFoldedNormalisedRoot)
         LocalAppDataFolder() + L"\\Korvane\\Launchers\\8760405274452771557\\selection.json");
 }
 
-// An install root with its own per-user store, and a context pointing at it.
-struct SaveSetup {
-    explicit SaveSetup(TextView label) : scratch(label), root(scratch / L"Install"), store(root)
-    {
-        testing::MakeDirectories(root);
-        context.editorRoot = root;
-        MakeGameInstall(game);
-        MakeGameProject(scratch / L"Project");
-        MakeTree(
-            scratch.Path(), {L"Plain\\P.kvsdk", L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\", L"\x6E38\x620F QX\\x.kvsdk"});
-    }
-    Text operator/(TextView relative) const { return scratch / relative; }
-    Text StoreFolder() const { return ParentPath(store.Path()); }
-
-    testing::ScratchDirectory scratch;
-    Text root;
-    SelectionStore store;
+TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteForByte)
+{
+    testing::ScratchDirectory scratch(L"save");
+    const Text root = scratch / L"Install", game = scratch / L"\x6E38\x620F Q", any = scratch / L"Elsewhere\\Any.kvsdk";
+    const SelectionStore store(root);
+    const Text storeFolder = ParentPath(store.Path());
     LaunchContext context;
-    Text game = scratch / L"\x6E38\x620F Q";
-};
-
-TEST(SaveLaunchSelection, WritesTheRecordByteForByteAndCreatesItsFolders)
-{
-    SaveSetup setup(L"save-written");
-    const Text sdk = JoinPath(setup.game, L"\x00C9.kvsdk");
-    Touch(sdk);
-    ASSERT_FALSE(testing::FileExists(setup.StoreFolder()));
-    // Paths are stored normalised, non-ASCII text as UTF-8, and no sibling is left behind.
-    EXPECT_TRUE(SaveLaunchSelection(setup.context, setup.game + L"\\sub\\..\\\x00C9.kvsdk", setup.game + L"/"));
-    EXPECT_EQ(setup.store.Read(), SelectionBytes(setup.root, L"packaged", setup.game, sdk));
-    EXPECT_NE(setup.store.Read().find("\xE6\xB8\xB8\xE6\x88\x8F Q\\\\\xC3\x89.kvsdk\"}"), Bytes::npos);
-    EXPECT_EQ(SnapshotTree(setup.StoreFolder()).size(), 1u);
-
-    const Text any = setup / L"Elsewhere\\Any.kvsdk";
-    EXPECT_TRUE(SaveLaunchSelection(setup.context, any, setup / L"Project")) << "a developer's SDK may lie anywhere";
-    EXPECT_EQ(setup.store.Read(), SelectionBytes(setup.root, L"developer", setup / L"Project", any));
-    EXPECT_TRUE(SaveLaunchSelection(setup.context, any, L""));
-    EXPECT_EQ(setup.store.Read(), SelectionBytes(setup.root, L"standalone", L"", any));
-    // The save does not judge the game: a folder that is no game is written all the same.
-    EXPECT_TRUE(SaveLaunchSelection(setup.context, setup / L"Plain\\P.kvsdk", setup / L"Plain"));
-    EXPECT_EQ(setup.store.Read(), SelectionBytes(setup.root, L"packaged", setup / L"Plain", setup / L"Plain\\P.kvsdk"));
-}
-
-TEST(SaveLaunchSelection, RefusalsWriteNothingAndKeepAnOlderFile)
-{
-    SaveSetup setup(L"save-refused");
-    const Text outside = setup / L"Elsewhere\\Any.kvsdk";
-    EXPECT_FALSE(SaveLaunchSelection(setup.context, outside, setup.game)) << "packaged SDK outside its game";
-    EXPECT_FALSE(testing::FileExists(setup.StoreFolder())) << "a refused save creates no folder";
+    context.editorRoot = root;
+    MakeGameInstall(game);
+    MakeGameProject(scratch / L"Project");
+    MakeTree(scratch.Path(), {L"Install\\", L"Plain\\P.kvsdk", L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\",
+        L"\x6E38\x620F QX\\x.kvsdk", L"\x6E38\x620F Q\\\x00C9.kvsdk"});
+    EXPECT_FALSE(SaveLaunchSelection(context, any, game)) << "packaged SDK outside its game";
+    EXPECT_FALSE(testing::FileExists(storeFolder)) << "a refused save creates no folder";
 
     const Bytes older = "{\"schemaVersion\":1,\"older\":true}";
-    setup.store.Write(older);
-    FolderLink link(JoinPath(setup.game, L"Sdk"), setup / L"Elsewhere");
+    store.Write(older);
+    FolderLink link(JoinPath(game, L"Sdk"), scratch / L"Elsewhere");
     const std::pair<Text, Text> refusals[] = {
-        {outside, setup.game},
         {L"", L""},
-        {setup / L"Missing.kvsdk", L""},
-        {setup / L"Folder.kvsdk", L""},
-        {JoinPath(setup.game, L"..\\Elsewhere\\Any.kvsdk"), setup.game},  // the step back leads out
-        {setup / L"\x6E38\x620F QX\\x.kvsdk", setup.game},               // a sibling sharing the game's name
-        {outside, setup / L"Missing"},                                    // packaged, though missing
-        {JoinPath(setup.game, L"Sdk\\Any.kvsdk"), setup.game},            // behind a link, when one could be made
+        {scratch / L"Missing.kvsdk", L""},
+        {scratch / L"Folder.kvsdk", L""},
+        {JoinPath(game, L"..\\Elsewhere\\Any.kvsdk"), game},  // the step back leads out
+        {scratch / L"\x6E38\x620F QX\\x.kvsdk", game},      // a sibling sharing the game's name
+        {any, scratch / L"Missing"},                           // packaged, though missing
+        {JoinPath(game, L"Sdk\\Any.kvsdk"), game},            // behind a link, when one could be made
     };
-    for (const auto& [sdk, game] : refusals) {
-        EXPECT_FALSE(SaveLaunchSelection(setup.context, sdk, game)) << TextToUtf8(sdk);
+    for (const auto& [sdk, host] : refusals) {
+        EXPECT_FALSE(SaveLaunchSelection(context, sdk, host)) << TextToUtf8(sdk);
     }
-    setup.context.pickerPreview = true;
-    EXPECT_FALSE(SaveLaunchSelection(setup.context, outside, L"")) << "a preview never touches the store";
-    EXPECT_EQ(setup.store.Read(), older);
-    EXPECT_EQ(SnapshotTree(setup.StoreFolder()).size(), 1u);
+    context.pickerPreview = true;
+    EXPECT_FALSE(SaveLaunchSelection(context, any, L"")) << "a preview never touches the store";
+    EXPECT_EQ(store.Read(), older);
+    context.pickerPreview = false;
+
+    // Paths are stored normalised, non-ASCII text as UTF-8, and no sibling is left behind.
+    EXPECT_TRUE(SaveLaunchSelection(context, game + L"\\sub\\..\\\x00C9.kvsdk", game + L"/"));
+    EXPECT_EQ(store.Read(), SelectionBytes(root, L"packaged", game, game + L"\\\x00C9.kvsdk"));
+    EXPECT_NE(store.Read().find("\xE6\xB8\xB8\xE6\x88\x8F Q\\\\\xC3\x89.kvsdk\"}"), Bytes::npos);
+    EXPECT_EQ(SnapshotTree(storeFolder).size(), 1u);
+    EXPECT_TRUE(SaveLaunchSelection(context, any, scratch / L"Project")) << "a developer's SDK may lie anywhere";
+    EXPECT_EQ(store.Read(), SelectionBytes(root, L"developer", scratch / L"Project", any));
+    EXPECT_TRUE(SaveLaunchSelection(context, any, L""));
+    EXPECT_EQ(store.Read(), SelectionBytes(root, L"standalone", L"", any));
+    // The save does not judge the game: a folder that is no game is written all the same.
+    EXPECT_TRUE(SaveLaunchSelection(context, scratch / L"Plain\\P.kvsdk", scratch / L"Plain"));
+    EXPECT_EQ(store.Read(), SelectionBytes(root, L"packaged", scratch / L"Plain", scratch / L"Plain\\P.kvsdk"));
 }
 
 }  // namespace

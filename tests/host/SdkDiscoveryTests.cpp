@@ -15,7 +15,7 @@ using testing::ScratchDirectory;
 TEST(GameDirectoryTests, InstallAndProjectFolders)
 {
     ScratchDirectory scratch(L"game-dirs");
-    const Text contract = L"Content\\Korvane\\DA_KorvaneContract.uasset";
+    const Text ini = L"Config\\DefaultGame.ini", contract = L"Content\\Korvane\\DA_KorvaneContract.uasset";
     const struct {
         const wchar_t* name;
         std::vector<Text> entries;
@@ -26,9 +26,9 @@ TEST(GameDirectoryTests, InstallAndProjectFolders)
         {L"ExeFolder", {L"Tools.exe\\"}, false, false},
         {L"Title", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, true, false},
         {L"Renamed", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, false, false},
-        {L"TemplateOnly", {L"Config\\DefaultGame.ini", contract, L"KorvaneSDK.uproject", L"Folder.uproject\\"}, false, false},
-        {L"Project", {L"Config\\DefaultGame.ini", contract, L"KorvaneSDK.uproject", L"Game.uproject"}, false, true},
-        {L"NoContract", {L"Config\\DefaultGame.ini", contract + L"\\", L"Game.uproject"}, false, false},
+        {L"TemplateOnly", {ini, contract, L"KorvaneSDK.uproject", L"Folder.uproject\\"}, false, false},
+        {L"Project", {ini, contract, L"KorvaneSDK.uproject", L"Game.uproject"}, false, true},
+        {L"NoContract", {ini, contract + L"\\", L"Game.uproject"}, false, false},
         {L"NoConfig", {contract, L"Game.uproject"}, false, false},
     };
     for (const auto& row : rows) {
