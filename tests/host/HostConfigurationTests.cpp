@@ -178,7 +178,7 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
     }
 }
 
-TEST(HostConfiguration, ABadFileIsReportedInABoxOutHeadlessModes)
+TEST(HostConfiguration, ABadFileIsReportedInABoxOutsideHeadlessModes)
 {
     const ConfiguredInstall setup(L"config-box");
     testing::WriteFileBytes(setup.ConfigFile(), R"({"schemaVersion":2})");
