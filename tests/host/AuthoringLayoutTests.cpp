@@ -1,15 +1,12 @@
 // Where the tool is found, and every way a built-in layout counts as damaged.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 #include "host/AuthoringLayout.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
 
 using testing::ScratchDirectory;
@@ -19,70 +16,50 @@ constexpr wchar_t kModuleList[] = L"Engine\\Binaries\\Win64\\UnrealEditor.module
 constexpr wchar_t kTemplate[] = L"Engine\\Korvane\\Resources\\AuthoringTemplate\\KorvaneSDK.uproject";
 constexpr wchar_t kBuiltinTool[] = L"Engine\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe";
 constexpr wchar_t kPluginTool[] = L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe";
+constexpr wchar_t kRuntimeModule[] = L"Engine\\Binaries\\Win64\\UnrealEditor-KorvaneRuntime.dll";
 
-constexpr char kWholeLayout[] =
+constexpr char kLayout[] =
     "{\"schemaVersion\":1,\"layout\":\"builtin\",\"resourceRoot\":\"Engine/Korvane\","
     "\"modules\":[\"KorvaneRuntime\",\"KorvaneUI\",\"KorvaneBridge\",\"KorvaneAuthoring\"]}";
-constexpr char kWholeModuleList[] =
+constexpr char kModules[] =
     "{\"BuildId\":\"27405482\",\"Modules\":{\"Core\":\"UnrealEditor-Core.dll\","
     "\"KorvaneRuntime\":\"UnrealEditor-KorvaneRuntime.dll\",\"KorvaneUI\":\"UnrealEditor-KorvaneUI.dll\","
     "\"KorvaneBridge\":\"UnrealEditor-KorvaneBridge.dll\",\"KorvaneAuthoring\":\"UnrealEditor-KorvaneAuthoring.dll\"}}";
 
-// An install with the built-in layout whose every test passes; the tool itself is absent.
+// An install with the built-in layout whose every test passes; the tool itself is absent. Beside
+// it lie stray files that the damaged module entries below point at.
 void MakeWholeBuiltinLayout(TextView root)
 {
-    testing::WriteFileBytes(JoinPath(root, kLayoutFile), kWholeLayout);
-    testing::WriteFileBytes(JoinPath(root, kModuleList), kWholeModuleList);
-    for (const wchar_t* module : {L"KorvaneRuntime", L"KorvaneUI", L"KorvaneBridge", L"KorvaneAuthoring"}) {
-        hosttest::Touch(JoinPath(root, Text(L"Engine\\Binaries\\Win64\\UnrealEditor-") + module + L".dll"));
-    }
+    testing::WriteFileBytes(JoinPath(root, kLayoutFile), kLayout);
+    testing::WriteFileBytes(JoinPath(root, kModuleList), kModules);
     testing::WriteFileBytes(JoinPath(root, kTemplate), "{}");
+    MakeTree(JoinPath(root, L"Engine\\Binaries"), {L"x.dll", L"Win64\\sub\\x.dll", L"UnrealEditor-KorvaneRuntime.dll"});
+    for (const wchar_t* module : {L"Runtime", L"UI", L"Bridge", L"Authoring"}) {
+        Touch(JoinPath(root, Text(L"Engine\\Binaries\\Win64\\UnrealEditor-Korvane") + module + L".dll"));
+    }
 }
 
 // A JSON document padded with blanks inside the object to exactly `size` bytes.
 Bytes PaddedTo(BytesView document, size_t size)
 {
-    Bytes padded(document.substr(0, 1));
-    padded.append(size - document.size(), ' ');
-    padded.append(document.substr(1));
-    return padded;
+    return Replace(document, "{", "{" + Bytes(size - document.size(), ' '));
 }
 
-Bytes Replace(BytesView text, BytesView from, BytesView to)
-{
-    Bytes result(text);
-    const size_t at = result.find(from);
-    EXPECT_NE(at, Bytes::npos) << from;
-    if (at != Bytes::npos) {
-        result.replace(at, from.size(), to);
-    }
-    return result;
-}
-
-TEST(ResolveToolPath, WithoutALayoutFileNamesThePluginToolUntested)
-{
-    ScratchDirectory scratch(L"layout-plugin");
-    const Text root = scratch / L"Install";
-    testing::MakeDirectories(root);
-    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool)) << "neither the file nor its folder exists";
-
-    // The built-in tool in place does not matter without the layout file.
-    hosttest::Touch(JoinPath(root, kBuiltinTool));
-    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool));
-
-    // A folder of the layout file's name is no layout file.
-    testing::MakeDirectories(JoinPath(root, kLayoutFile));
-    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool));
-}
-
-TEST(ResolveToolPath, AWholeBuiltinLayoutNamesTheEngineTool)
+TEST(ResolveToolPath, ThePluginToolWithoutALayoutFileAndTheEngineToolWithAWholeOne)
 {
     ScratchDirectory scratch(L"layout-whole");
     const Text root = scratch / L"Install";
+    testing::MakeDirectories(root);
+    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool)) << "neither the file nor its folder exists";
+    // The built-in tool in place, or a folder of the layout file's name, changes nothing.
+    MakeTree(root, {kBuiltinTool, Text(kLayoutFile) + L"\\"});
+    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool));
+
+    RemoveDirectoryW(JoinPath(root, kLayoutFile).c_str());
+    DeleteFileW(JoinPath(root, kBuiltinTool).c_str());
     MakeWholeBuiltinLayout(root);
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool)) << "whether or not the tool exists";
-    hosttest::Touch(JoinPath(root, kBuiltinTool));
-    hosttest::Touch(JoinPath(root, kPluginTool));
+    MakeTree(root, {kBuiltinTool, kPluginTool});
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool));
 
     // Byte-order mark, CRLF, unknown keys, a string "1", and other modules that are anything.
@@ -91,125 +68,64 @@ TEST(ResolveToolPath, AWholeBuiltinLayoutNamesTheEngineTool)
         " \"resourceRoot\": \"Engine/Korvane\",\r\n"
         " \"modules\": [\"KorvaneRuntime\", \"KorvaneUI\", \"KorvaneBridge\", \"KorvaneAuthoring\"]\r\n}\r\n");
     testing::WriteFileBytes(JoinPath(root, kModuleList),
-        Replace(kWholeModuleList, "\"Core\":\"UnrealEditor-Core.dll\"", "\"Core\":\"..\\\\..\\\\C:/x\",\"Other\":7"));
+        Replace(kModules, "\"Core\":\"UnrealEditor-Core.dll\"", "\"Core\":\"..\\\\..\\\\C:/x\",\"Other\":7"));
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool));
 
     // Limits hold to the byte: both files exactly at their limits still pass.
-    testing::WriteFileBytes(JoinPath(root, kLayoutFile), PaddedTo(kWholeLayout, 65536));
-    testing::WriteFileBytes(JoinPath(root, kModuleList), PaddedTo(kWholeModuleList, 8388608));
+    testing::WriteFileBytes(JoinPath(root, kLayoutFile), PaddedTo(kLayout, 65536));
+    testing::WriteFileBytes(JoinPath(root, kModuleList), PaddedTo(kModules, 8388608));
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool));
-}
-
-struct Damage {
-    const char* name;
-    std::function<void(TextView root)> apply;
-};
-
-void WriteLayout(TextView root, BytesView bytes)
-{
-    testing::WriteFileBytes(JoinPath(root, kLayoutFile), bytes);
-}
-
-void WriteModuleList(TextView root, BytesView bytes)
-{
-    testing::WriteFileBytes(JoinPath(root, kModuleList), bytes);
 }
 
 TEST(ResolveToolPath, AnyDamageToTheBuiltinLayoutGivesTheEmptyTextAndChangesNothing)
 {
-    const Damage damages[] = {
-        {"empty layout file", [](TextView root) { WriteLayout(root, ""); }},
-        {"layout file one byte over", [](TextView root) { WriteLayout(root, PaddedTo(kWholeLayout, 65537)); }},
-        {"malformed layout", [](TextView root) { WriteLayout(root, Bytes(kWholeLayout).substr(1)); }},
-        {"layout is an array", [](TextView root) { WriteLayout(root, "[1]"); }},
-        {"duplicate key in layout",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "{", "{\"layout\":\"builtin\",")); }},
-        {"schema version 2",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "\"schemaVersion\":1", "\"schemaVersion\":2")); }},
-        {"schema version 1.0",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "\"schemaVersion\":1", "\"schemaVersion\":1.0")); }},
-        {"schema version missing",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "\"schemaVersion\":1,", "")); }},
-        {"layout Builtin",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "\"builtin\"", "\"Builtin\"")); }},
-        {"resource root with a backslash",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "Engine/Korvane", "Engine\\\\Korvane")); }},
-        {"modules in another order",
-            [](TextView root) {
-                WriteLayout(root, Replace(kWholeLayout, "\"KorvaneUI\",\"KorvaneBridge\"", "\"KorvaneBridge\",\"KorvaneUI\""));
-            }},
-        {"a fifth module",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, "\"KorvaneAuthoring\"", "\"KorvaneAuthoring\",\"X\"")); }},
-        {"three modules",
-            [](TextView root) { WriteLayout(root, Replace(kWholeLayout, ",\"KorvaneAuthoring\"", "")); }},
-        {"modules is an object",
-            [](TextView root) {
-                WriteLayout(root, "{\"schemaVersion\":1,\"layout\":\"builtin\",\"resourceRoot\":\"Engine/Korvane\","
-                                  "\"modules\":{\"a\":\"KorvaneRuntime\",\"b\":\"KorvaneUI\",\"c\":\"KorvaneBridge\","
-                                  "\"d\":\"KorvaneAuthoring\"}}");
-            }},
-        {"module list missing", [](TextView root) { DeleteFileW(JoinPath(root, kModuleList).c_str()); }},
-        {"module list empty", [](TextView root) { WriteModuleList(root, ""); }},
-        {"module list one byte over",
-            [](TextView root) { WriteModuleList(root, PaddedTo(kWholeModuleList, 8388609)); }},
-        {"module list malformed", [](TextView root) { WriteModuleList(root, Bytes(kWholeModuleList) + ","); }},
-        {"duplicate key deep in the module list",
-            [](TextView root) {
-                WriteModuleList(root, Replace(kWholeModuleList, "\"Core\":", "\"KorvaneUI\":\"a.dll\",\"Core\":"));
-            }},
-        {"BuildId empty",
-            [](TextView root) { WriteModuleList(root, Replace(kWholeModuleList, "\"27405482\"", "\"\"")); }},
-        {"BuildId missing",
-            [](TextView root) { WriteModuleList(root, Replace(kWholeModuleList, "\"BuildId\":\"27405482\",", "")); }},
-        {"module entry leaves the folder",
-            [](TextView root) {
-                hosttest::Touch(JoinPath(root, L"Engine\\Binaries\\x.dll"));
-                WriteModuleList(root, Replace(kWholeModuleList, "UnrealEditor-KorvaneBridge.dll", "..\\\\x.dll"));
-            }},
-        {"module entry with a drive",
-            [](TextView root) {
-                WriteModuleList(root, Replace(kWholeModuleList, "UnrealEditor-KorvaneBridge.dll", "C:x.dll"));
-            }},
-        {"module entry with a forward slash",
-            [](TextView root) {
-                hosttest::Touch(JoinPath(root, L"Engine\\Binaries\\Win64\\sub\\x.dll"));
-                WriteModuleList(root, Replace(kWholeModuleList, "UnrealEditor-KorvaneBridge.dll", "sub/x.dll"));
-            }},
-        {"module entry empty",
-            [](TextView root) { WriteModuleList(root, Replace(kWholeModuleList, "UnrealEditor-KorvaneUI.dll", "")); }},
-        {"module entry missing",
-            [](TextView root) {
-                WriteModuleList(root, Replace(kWholeModuleList, "\"KorvaneAuthoring\":", "\"KorvaneAuthoringX\":"));
-            }},
-        {"module file in another engine folder",
-            [](TextView root) {
-                const Text moved = JoinPath(root, L"Engine\\Binaries\\Win64\\UnrealEditor-KorvaneRuntime.dll");
-                DeleteFileW(moved.c_str());
-                hosttest::Touch(JoinPath(root, L"Engine\\Binaries\\UnrealEditor-KorvaneRuntime.dll"));
-            }},
-        {"module file is a folder",
-            [](TextView root) {
-                const Text file = JoinPath(root, L"Engine\\Binaries\\Win64\\UnrealEditor-KorvaneAuthoring.dll");
-                DeleteFileW(file.c_str());
-                testing::MakeDirectories(file);
-            }},
-        {"authoring template removed",
-            [](TextView root) {
-                hosttest::Touch(JoinPath(root, kBuiltinTool));
-                DeleteFileW(JoinPath(root, kTemplate).c_str());
-            }},
+    constexpr char kRemoved[] = "<removed>";
+    const std::pair<const wchar_t*, Bytes> damages[] = {
+        {kLayoutFile, ""},
+        {kLayoutFile, PaddedTo(kLayout, 65537)},
+        {kLayoutFile, Bytes(kLayout).substr(1)},
+        {kLayoutFile, "[1]"},
+        {kLayoutFile, Replace(kLayout, "{", "{\"layout\":\"builtin\",")},
+        {kLayoutFile, Replace(kLayout, "\"schemaVersion\":1", "\"schemaVersion\":2")},
+        {kLayoutFile, Replace(kLayout, "\"schemaVersion\":1", "\"schemaVersion\":1.0")},
+        {kLayoutFile, Replace(kLayout, "\"schemaVersion\":1,", "")},
+        {kLayoutFile, Replace(kLayout, "\"builtin\"", "\"Builtin\"")},
+        {kLayoutFile, Replace(kLayout, "Engine/Korvane", "Engine\\\\Korvane")},
+        {kLayoutFile, Replace(kLayout, "\"KorvaneUI\",\"KorvaneBridge\"", "\"KorvaneBridge\",\"KorvaneUI\"")},
+        {kLayoutFile, Replace(kLayout, "\"KorvaneAuthoring\"", "\"KorvaneAuthoring\",\"X\"")},
+        {kModuleList, kRemoved},
+        {kModuleList, ""},
+        {kModuleList, PaddedTo(kModules, 8388609)},
+        {kModuleList, Bytes(kModules) + ","},
+        {kModuleList, Replace(kModules, "\"Core\":", "\"KorvaneUI\":\"a.dll\",\"Core\":")},
+        {kModuleList, Replace(kModules, "\"27405482\"", "\"\"")},
+        {kModuleList, Replace(kModules, "\"BuildId\":\"27405482\",", "")},
+        // Module entries that lead out of Engine\Binaries\Win64\ to files that exist, or name nothing.
+        {kModuleList, Replace(kModules, "UnrealEditor-KorvaneBridge.dll", "..\\\\x.dll")},
+        {kModuleList, Replace(kModules, "UnrealEditor-KorvaneBridge.dll", "C:x.dll")},
+        {kModuleList, Replace(kModules, "UnrealEditor-KorvaneBridge.dll", "sub/x.dll")},
+        {kModuleList, Replace(kModules, "UnrealEditor-KorvaneUI.dll", "")},
+        {kModuleList, Replace(kModules, "\"KorvaneAuthoring\":", "\"KorvaneAuthoringX\":")},
+        // A module file only in another engine folder; the template gone while the tool is in place.
+        {kRuntimeModule, kRemoved},
+        {kTemplate, kRemoved},
     };
-    for (const Damage& damage : damages) {
-        SCOPED_TRACE(damage.name);
+    for (const auto& [file, bytes] : damages) {
+        SCOPED_TRACE(TextToUtf8(file) + ": " + bytes.substr(0, 200));
         ScratchDirectory scratch(L"layout-damage");
         const Text root = scratch / L"Install";
         MakeWholeBuiltinLayout(root);
-        damage.apply(root);
-        const auto before = hosttest::SnapshotTree(scratch.Path());
+        Touch(JoinPath(root, kBuiltinTool));
+        if (bytes == kRemoved) {
+            DeleteFileW(JoinPath(root, file).c_str());
+        } else {
+            testing::WriteFileBytes(JoinPath(root, file), bytes);
+        }
+        const auto before = SnapshotTree(scratch.Path());
         EXPECT_EQ(ResolveToolPath(root), L"");
-        EXPECT_EQ(hosttest::SnapshotTree(scratch.Path()), before);
+        EXPECT_EQ(SnapshotTree(scratch.Path()), before);
     }
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest

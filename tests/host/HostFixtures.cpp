@@ -8,8 +8,8 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace korvane::hosttest {
@@ -21,22 +21,10 @@ SelectionStore::SelectionStore(TextView editorRoot) : path_(LaunchSelectionPath(
 
 SelectionStore::~SelectionStore()
 {
-    if (path_.empty()) {
-        return;
-    }
-    const Text folder = ParentPath(path_);
     std::error_code error;
-    std::filesystem::remove_all(std::filesystem::path(folder), error);
-}
-
-void SelectionStore::Write(BytesView bytes) const
-{
-    testing::WriteFileBytes(path_, bytes);
-}
-
-Bytes SelectionStore::Read() const
-{
-    return testing::ReadFileBytes(path_);
+    if (!path_.empty()) {
+        std::filesystem::remove_all(std::filesystem::path(ParentPath(path_)), error);
+    }
 }
 
 ScratchInstall::ScratchInstall(TextView label, TextView installRelative)
@@ -45,11 +33,6 @@ ScratchInstall::ScratchInstall(TextView label, TextView installRelative)
     testing::CopyFileTo(testing::BuiltLauncherPath(), Launcher());
     testing::WriteFileBytes(JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");
     testing::MakeDirectories(scratch_ / L"reports");
-}
-
-Text ScratchInstall::Launcher() const
-{
-    return JoinPath(root_, L"KorvaneEditor.exe");
 }
 
 DWORD ScratchInstall::Run(const std::vector<Text>& arguments) const
@@ -61,24 +44,23 @@ DWORD ScratchInstall::Run(const std::vector<Text>& arguments) const
     return result.exitCode;
 }
 
-ScratchInstall::Report ScratchInstall::ResolveHostContext(const std::vector<Text>& arguments) const
+std::pair<DWORD, Bytes> ScratchInstall::ResolveHostContext(const std::vector<Text>& arguments) const
 {
     // Beside the install: a report file never makes a folder a game.
     const Text reportPath = scratch_ / L"reports\\host-context.json";
-    DeleteFileW(reportPath.c_str());
     std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + reportPath};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    Report report;
-    report.exitCode = Run(all);
-    report.content = testing::ReadFileBytes(reportPath);
+    std::pair<DWORD, Bytes> result{Run(all), {}};
+    result.second = testing::ReadFileBytes(reportPath);
     DeleteFileW(reportPath.c_str());
-    return report;
+    return result;
 }
 
-Bytes ExpectedReport(TextView game, TextView sdk, TextView environment)
+void ScratchInstall::ExpectReport(
+    const std::vector<Text>& arguments, TextView game, TextView sdk, TextView environment) const
 {
-    return TextToUtf8(L"{\"game\":" + QuoteJsonText(game) + L",\"sdk\":" + QuoteJsonText(sdk) +
-        L",\"environment\":" + QuoteJsonText(environment) + L"}");
+    EXPECT_EQ(ResolveHostContext(arguments), std::make_pair(DWORD{0}, TextToUtf8(L"{\"game\":" + QuoteJsonText(game) +
+        L",\"sdk\":" + QuoteJsonText(sdk) + L",\"environment\":" + QuoteJsonText(environment) + L"}")));
 }
 
 Bytes SelectionBytes(TextView editorRoot, TextView environment, TextView gameDirectory, TextView sdk)
@@ -88,24 +70,36 @@ Bytes SelectionBytes(TextView editorRoot, TextView environment, TextView gameDir
         QuoteJsonText(sdk) + L"}");
 }
 
-void MakeGameInstall(TextView directory, TextView exeName)
+Bytes Replace(BytesView text, BytesView from, BytesView to)
 {
-    testing::WriteFileBytes(JoinPath(directory, exeName), "MZ");
+    Bytes result(text);
+    const size_t at = result.find(from);
+    EXPECT_NE(at, Bytes::npos) << from;
+    return at == Bytes::npos ? result : result.replace(at, from.size(), to);
 }
 
-void MakeGameProject(TextView directory, bool withBundleMarker)
+void MakeTree(TextView root, const std::vector<Text>& entries)
 {
-    testing::WriteFileBytes(JoinPath(directory, L"Config\\DefaultGame.ini"), "[/Script/EngineSettings.GeneralProjectSettings]\r\n");
-    testing::WriteFileBytes(JoinPath(directory, L"Content\\Korvane\\DA_KorvaneContract.uasset"), "uasset");
-    testing::WriteFileBytes(JoinPath(directory, L"Game.uproject"), "{\"FileVersion\":3}");
-    if (withBundleMarker) {
-        testing::WriteFileBytes(JoinPath(directory, L".korvane-host-bundle.json"), "{}");
+    testing::MakeDirectories(root);
+    for (const Text& entry : entries) {
+        if (!entry.empty() && entry.back() == L'\\') {
+            testing::MakeDirectories(JoinPath(root, entry.substr(0, entry.size() - 1)));
+        } else {
+            Touch(JoinPath(root, entry));
+        }
     }
 }
 
-void Touch(TextView path)
+void Touch(TextView path) { testing::WriteFileBytes(path, ""); }
+
+void MakeGameInstall(TextView directory, TextView exe) { testing::WriteFileBytes(JoinPath(directory, exe), "MZ"); }
+
+void MakeGameProject(TextView directory, bool withBundleMarker)
 {
-    testing::WriteFileBytes(path, "");
+    MakeTree(directory, {L"Config\\DefaultGame.ini", L"Content\\Korvane\\DA_KorvaneContract.uasset", L"Game.uproject"});
+    if (withBundleMarker) {
+        Touch(JoinPath(directory, L".korvane-host-bundle.json"));
+    }
 }
 
 std::map<Text, Bytes> SnapshotTree(TextView root)
@@ -115,111 +109,69 @@ std::map<Text, Bytes> SnapshotTree(TextView root)
     for (std::filesystem::recursive_directory_iterator it(std::filesystem::path(Text(root)), error), end;
          !error && it != end; it.increment(error)) {
         const Text path = it->path().wstring();
-        if (IsRegularFile(path)) {
-            Bytes bytes = testing::ReadFileBytes(path);
-            if (bytes.size() > 4096) {
-                // Keeps a failure's message readable; a change still changes the digest.
-                std::uint64_t digest = 0xCBF29CE484222325ull;
-                for (const char byte : bytes) {
-                    digest = (digest ^ static_cast<unsigned char>(byte)) * 0x100000001B3ull;
-                }
-                bytes = "<" + std::to_string(bytes.size()) + " bytes, digest " + std::to_string(digest) + ">";
-            }
-            files[path] = std::move(bytes);
-        } else {
-            files[path] = "<folder>";
-        }
+        Bytes bytes = IsRegularFile(path) ? testing::ReadFileBytes(path) : "<folder>";
+        // Large files by size and digest, so that a failure's message stays readable.
+        files[path] = bytes.size() <= 4096
+            ? bytes : std::to_string(bytes.size()) + " bytes, digest " + std::to_string(std::hash<Bytes>{}(bytes));
     }
     return files;
 }
 
 namespace {
 
-using UnixFileNameFunction = char*(__cdecl*)(const wchar_t*);
-
-// Wine's own export that names the Unix file behind a Windows path; null elsewhere.
-UnixFileNameFunction WineUnixFileName()
+// The Unix path of `path` through Wine's own export (by its parent, as a link may not exist
+// yet); "" outside Wine.
+Text UnixPath(TextView path)
 {
-    HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
-    return kernel == nullptr ? nullptr
-                             : reinterpret_cast<UnixFileNameFunction>(
-                                   reinterpret_cast<void*>(GetProcAddress(kernel, "wine_get_unix_file_name")));
-}
-
-Bytes UnixPath(UnixFileNameFunction unixFileName, TextView path)
-{
-    char* name = unixFileName(Text(path).c_str());
-    if (name == nullptr) {
+    using UnixFileName = char*(__cdecl*)(const wchar_t*);
+    const auto unixFileName = reinterpret_cast<UnixFileName>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* parent = unixFileName == nullptr ? nullptr : unixFileName(ParentPath(path).c_str());
+    if (parent == nullptr) {
         return {};
     }
-    Bytes result(name);
-    HeapFree(GetProcessHeap(), 0, name);
+    const Text result = Utf8ToText(Bytes(parent) + "/" + TextToUtf8(LastPathComponent(path)));
+    HeapFree(GetProcessHeap(), 0, parent);
     return result;
 }
 
-// Wine runs a Unix program detached: the Windows process it hands back ends at once, so
-// there is nothing to wait on. Callers poll for the program's effect instead.
-void RunUnixTool(TextView tool, const std::vector<Text>& arguments)
+// Wine runs a Unix program detached, so its effect on `link` is polled for, ten seconds at most.
+bool RunUnixTool(TextView tool, const std::vector<Text>& arguments, TextView link, bool wantLink)
 {
     testing::ProcessOptions options;
     options.timeoutMs = 30000;
     testing::RunProcess(tool, arguments, options);
-}
-
-// Polls the attributes of `path` until `done` holds them, for at most ten seconds.
-template <typename Done>
-bool AwaitAttributes(TextView path, Done done)
-{
-    const Text name(path);
-    const ULONGLONG deadline = GetTickCount64() + 10000;
-    for (;;) {
-        if (done(GetFileAttributesW(name.c_str()))) {
+    for (const ULONGLONG deadline = GetTickCount64() + 10000; GetTickCount64() <= deadline; Sleep(10)) {
+        if (wantLink ? IsReparsePoint(link) : GetFileAttributesW(Text(link).c_str()) == INVALID_FILE_ATTRIBUTES) {
             return true;
         }
-        if (GetTickCount64() > deadline) {
-            return false;
-        }
-        Sleep(10);
     }
+    return false;
 }
 
 }  // namespace
 
-bool MakeFolderLink(TextView link, TextView target)
+FolderLink::FolderLink(Text link, TextView target) : link_(std::move(link))
 {
     constexpr DWORD kAllowUnprivileged = 0x2;
-    if (CreateSymbolicLinkW(Text(link).c_str(), Text(target).c_str(), SYMBOLIC_LINK_FLAG_DIRECTORY | kAllowUnprivileged) &&
-        IsReparsePoint(link)) {
-        return true;
-    }
-    const UnixFileNameFunction unixFileName = WineUnixFileName();
-    if (unixFileName == nullptr) {
-        return false;
-    }
-    const Bytes unixTarget = UnixPath(unixFileName, target);
-    const Bytes unixParent = UnixPath(unixFileName, ParentPath(link));
-    if (unixTarget.empty() || unixParent.empty()) {
-        return false;
-    }
-    const Bytes unixLink = unixParent + "/" + TextToUtf8(LastPathComponent(link));
-    RunUnixTool(L"Z:\\bin\\ln", {L"-s", Utf8ToText(unixTarget), Utf8ToText(unixLink)});
-    return AwaitAttributes(link, [](DWORD attributes) {
-        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    });
-}
-
-void RemoveFolderLink(TextView link)
-{
-    // Under Wine, RemoveDirectoryW follows the link and removes the folder it points to, so
-    // the link itself goes through the Unix side.
-    if (const UnixFileNameFunction unixFileName = WineUnixFileName()) {
-        const Bytes unixParent = UnixPath(unixFileName, ParentPath(link));
-        RunUnixTool(L"Z:\\bin\\rm", {L"-f", Utf8ToText(unixParent + "/" + TextToUtf8(LastPathComponent(link)))});
-        EXPECT_TRUE(AwaitAttributes(link, [](DWORD attributes) { return attributes == INVALID_FILE_ATTRIBUTES; }))
-            << "the folder link stayed";
+    if (CreateSymbolicLinkW(link_.c_str(), Text(target).c_str(), SYMBOLIC_LINK_FLAG_DIRECTORY | kAllowUnprivileged) &&
+        IsReparsePoint(link_)) {
+        made_ = true;
         return;
     }
-    RemoveDirectoryW(Text(link).c_str());
+    const Text unixLink = UnixPath(link_);
+    made_ = !unixLink.empty() && RunUnixTool(L"Z:\\bin\\ln", {L"-s", UnixPath(target), unixLink}, link_, true);
+}
+
+FolderLink::~FolderLink()
+{
+    // Under Wine, RemoveDirectoryW follows the link and removes its target: the link goes through Unix.
+    const Text unixLink = made_ ? UnixPath(link_) : Text();
+    if (!unixLink.empty()) {
+        EXPECT_TRUE(RunUnixTool(L"Z:\\bin\\rm", {L"-f", unixLink}, link_, false)) << "the folder link stayed";
+    } else if (made_) {
+        RemoveDirectoryW(link_.c_str());
+    }
 }
 
 }  // namespace korvane::hosttest

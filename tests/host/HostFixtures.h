@@ -1,7 +1,6 @@
 #pragma once
-// Real folder trees for the host tests: scratch installs with the built launcher, games,
+// Real folder trees for the host tests: scratch installs running the built launcher, games,
 // project folders, SDK files, the install's per-user selection, and folder links.
-
 #include "TestSupport.h"
 
 #include "foundation/Text.h"
@@ -11,44 +10,37 @@
 
 namespace korvane::hosttest {
 
-// Owns the per-user selection folder of one install root and removes it (with the file,
-// and any sibling a save left behind) when it goes, so no test leaves a file in the
-// user's profile.
+// The per-user selection of one install root; its folder (with any sibling) goes with this object.
 class SelectionStore {
 public:
     explicit SelectionStore(TextView editorRoot);
     ~SelectionStore();
     SelectionStore(const SelectionStore&) = delete;
     SelectionStore& operator=(const SelectionStore&) = delete;
-
     const Text& Path() const noexcept { return path_; }
-    void Write(BytesView bytes) const;
-    Bytes Read() const;
+    void Write(BytesView bytes) const { testing::WriteFileBytes(path_, bytes); }
+    Bytes Read() const { return testing::ReadFileBytes(path_); }
 
 private:
     Text path_;
 };
 
-// A scratch tree with the launcher copied to `installRelative`, so that the folder above it
-// can be made a game or not. The editor's executable is put in place too.
+// The launcher (and an editor file) copied to `installRelative` in a scratch tree, so that the
+// folder above it can be made a game or not.
 class ScratchInstall {
 public:
     explicit ScratchInstall(TextView label, TextView installRelative = L"Install");
-
     const Text& Root() const noexcept { return root_; }
-    Text Launcher() const;
+    Text Launcher() const { return root_ + L"\\KorvaneEditor.exe"; }
+    Text ConfigFile() const { return root_ + L"\\KorvaneUpdate.config.json"; }
     Text operator/(TextView relative) const { return scratch_ / relative; }
     const Text& ScratchPath() const noexcept { return scratch_.Path(); }
     const SelectionStore& Selection() const noexcept { return selection_; }
-
     DWORD Run(const std::vector<Text>& arguments) const;
-
-    struct Report {
-        DWORD exitCode = 0;
-        Bytes content;  // empty when the launcher wrote none
-    };
-    // -KorvaneResolveHostContext with a fresh report file, plus `arguments`.
-    Report ResolveHostContext(const std::vector<Text>& arguments = {}) const;
+    // -KorvaneResolveHostContext plus `arguments`: the exit code and the report ("" when none).
+    std::pair<DWORD, Bytes> ResolveHostContext(const std::vector<Text>& arguments = {}) const;
+    // Expects exit code 0 and the report of these three values.
+    void ExpectReport(const std::vector<Text>& arguments, TextView game, TextView sdk, TextView environment) const;
 
 private:
     testing::ScratchDirectory scratch_;
@@ -56,44 +48,35 @@ private:
     SelectionStore selection_;
 };
 
-// The report's bytes for these three values.
-Bytes ExpectedReport(TextView game, TextView sdk, TextView environment);
 // The bytes a save writes for these values.
 Bytes SelectionBytes(TextView editorRoot, TextView environment, TextView gameDirectory, TextView sdk);
+// `text` with its first `from` replaced by `to`.
+Bytes Replace(BytesView text, BytesView from, BytesView to);
 
+// Empty files below `root`; an entry ending in `\` is a folder.
+void MakeTree(TextView root, const std::vector<Text>& entries);
+void Touch(TextView path);
 // A shipped game: the folder holds `exeName`.
 void MakeGameInstall(TextView directory, TextView exeName = L"Game.exe");
 // A game's project folder prepared for Mods, with or without the bundle marker.
 void MakeGameProject(TextView directory, bool withBundleMarker = false);
-// An empty file (an SDK, a marker, an executable stand-in).
-void Touch(TextView path);
 
-// Every file below `root` with its bytes, keyed by path: what "nothing changed on disk" means.
+// Every file and folder below `root` with its bytes: what "nothing changed on disk" means.
 std::map<Text, Bytes> SnapshotTree(TextView root);
 
-// A folder link `link` -> `target` made the way the platform allows (a directory symbolic
-// link, or /bin/ln under Wine). False when neither works; the caller skips.
-bool MakeFolderLink(TextView link, TextView target);
-// Removes a link made by MakeFolderLink without touching what it points to.
-void RemoveFolderLink(TextView link);
-
-// Removes the link when it goes, before the scratch folder that holds it.
+// A folder link `link` -> `target` (a directory symbolic link, or /bin/ln under Wine), removed
+// without touching its target when this goes. IsMade() false: the caller skips.
 class FolderLink {
 public:
-    FolderLink(Text link, TextView target) : link_(std::move(link)), made_(MakeFolderLink(link_, target)) {}
-    ~FolderLink()
-    {
-        if (made_) {
-            RemoveFolderLink(link_);
-        }
-    }
+    FolderLink(Text link, TextView target);
+    ~FolderLink();
     FolderLink(const FolderLink&) = delete;
     FolderLink& operator=(const FolderLink&) = delete;
     bool IsMade() const noexcept { return made_; }
 
 private:
     Text link_;
-    bool made_;
+    bool made_ = false;
 };
 
 }  // namespace korvane::hosttest

@@ -1,6 +1,5 @@
 // Game folders told from other folders, and the one SDK of a folder, on real trees.
 #include "HostFixtures.h"
-#include "TestSupport.h"
 
 #include "foundation/Paths.h"
 #include "host/SdkDiscovery.h"
@@ -8,208 +7,121 @@
 
 #include <gtest/gtest.h>
 
-namespace korvane {
+namespace korvane::hosttest {
 namespace {
 
-using hosttest::Touch;
 using testing::ScratchDirectory;
 
-TEST(GameDirectoryTests, InstallFolderIsAnyOtherExecutableOrTheShippingBinary)
+TEST(GameDirectoryTests, InstallAndProjectFolders)
 {
-    ScratchDirectory scratch(L"game-install");
-    const Text onlyLauncher = scratch / L"OnlyLauncher";
-    Touch(JoinPath(onlyLauncher, L"KorvaneEditor.exe"));
-    EXPECT_FALSE(IsGameInstallDirectory(onlyLauncher));
-
-    const Text withSetup = scratch / L"WithSetup";
-    Touch(JoinPath(withSetup, L"korvaneeditor.exe"));
-    Touch(JoinPath(withSetup, L"Setup.exe"));
-    EXPECT_TRUE(IsGameInstallDirectory(withSetup));
-
-    const Text exeFolder = scratch / L"ExeFolder";
-    testing::MakeDirectories(JoinPath(exeFolder, L"Tools.exe"));
-    EXPECT_FALSE(IsGameInstallDirectory(exeFolder)) << "a folder named like an executable is none";
-
-    const Text title = scratch / L"Title";
-    Touch(JoinPath(title, L"Binaries\\Win64\\Title-Win64-Shipping.exe"));
-    EXPECT_TRUE(IsGameInstallDirectory(title));
-    const Text renamed = scratch / L"Renamed";
-    Touch(JoinPath(renamed, L"Binaries\\Win64\\Title-Win64-Shipping.exe"));
-    EXPECT_FALSE(IsGameInstallDirectory(renamed)) << "the binary must carry the folder's name";
-
+    ScratchDirectory scratch(L"game-dirs");
+    const Text ini = L"Config\\DefaultGame.ini", contract = L"Content\\Korvane\\DA_KorvaneContract.uasset";
+    const struct {
+        const wchar_t* name;
+        std::vector<Text> entries;
+        bool install, project;
+    } rows[] = {
+        {L"OnlyLauncher", {L"KorvaneEditor.exe"}, false, false},
+        {L"WithSetup", {L"korvaneeditor.exe", L"Setup.exe"}, true, false},
+        {L"ExeFolder", {L"Tools.exe\\"}, false, false},
+        {L"Title", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, true, false},
+        {L"Renamed", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, false, false},
+        {L"TemplateOnly", {ini, contract, L"KorvaneSDK.uproject", L"Folder.uproject\\"}, false, false},
+        {L"Project", {ini, contract, L"KorvaneSDK.uproject", L"Game.uproject"}, false, true},
+        {L"NoContract", {ini, contract + L"\\", L"Game.uproject"}, false, false},
+        {L"NoConfig", {contract, L"Game.uproject"}, false, false},
+    };
+    for (const auto& row : rows) {
+        MakeTree(scratch / row.name, row.entries);
+        EXPECT_EQ(IsGameInstallDirectory(scratch / row.name), row.install) << TextToUtf8(row.name);
+        EXPECT_EQ(IsGameProjectDirectory(scratch / row.name), row.project) << TextToUtf8(row.name);
+    }
     EXPECT_FALSE(IsGameInstallDirectory(scratch / L"Missing"));
     EXPECT_FALSE(IsGameInstallDirectory(L""));
-}
-
-TEST(GameDirectoryTests, ProjectFolderNeedsBothFilesAndAGameProject)
-{
-    ScratchDirectory scratch(L"game-project");
-    const Text project = scratch / L"Project";
-    Touch(JoinPath(project, L"Config\\DefaultGame.ini"));
-    Touch(JoinPath(project, L"Content\\Korvane\\DA_KorvaneContract.uasset"));
-    Touch(JoinPath(project, L"KorvaneSDK.uproject"));
-    EXPECT_FALSE(IsGameProjectDirectory(project)) << "the authoring template alone is no game project";
-    testing::MakeDirectories(JoinPath(project, L"Folder.uproject"));
-    EXPECT_FALSE(IsGameProjectDirectory(project));
-    Touch(JoinPath(project, L"Game.uproject"));
-    EXPECT_TRUE(IsGameProjectDirectory(project));
-    EXPECT_FALSE(IsGameInstallDirectory(project)) << "the two tests are independent";
-
-    DeleteFileW(JoinPath(project, L"Content\\Korvane\\DA_KorvaneContract.uasset").c_str());
-    EXPECT_FALSE(IsGameProjectDirectory(project));
-    testing::MakeDirectories(JoinPath(project, L"Content\\Korvane\\DA_KorvaneContract.uasset"));
-    EXPECT_FALSE(IsGameProjectDirectory(project)) << "a folder of the contract's name";
-
-    const Text noConfig = scratch / L"NoConfig";
-    Touch(JoinPath(noConfig, L"Content\\Korvane\\DA_KorvaneContract.uasset"));
-    Touch(JoinPath(noConfig, L"Game.uproject"));
-    EXPECT_FALSE(IsGameProjectDirectory(noConfig));
     EXPECT_FALSE(IsGameProjectDirectory(L""));
 }
 
-TEST(FindSdkFile, TheTwoFixedNamesComeBeforeTheListing)
+TEST(FindSdk, InAFolderOneLevelBelowItOrByAnExplicitPath)
 {
-    ScratchDirectory scratch(L"sdk-names");
-    const Text title = scratch / L"Title";
-    Touch(JoinPath(title, L"TITLE.KVSDK"));
-    Touch(JoinPath(title, L"KorvaneSDK.kvsdk"));
-    Touch(JoinPath(title, L"Other.kvsdk"));
-    // The case of the built name, not the one on disk.
-    EXPECT_EQ(FindSdkFile(title, L""), JoinPath(title, L"Title.kvsdk"));
-    EXPECT_EQ(FindSdkFile(title + L"\\", L""), JoinPath(title, L"Title.kvsdk")) << "the folder is normalised";
-
-    DeleteFileW(JoinPath(title, L"TITLE.KVSDK").c_str());
-    EXPECT_EQ(FindSdkFile(title, L""), JoinPath(title, L"KorvaneSDK.kvsdk"));
-
-    DeleteFileW(JoinPath(title, L"KorvaneSDK.kvsdk").c_str());
-    EXPECT_EQ(FindSdkFile(title, L""), JoinPath(title, L"Other.kvsdk"));
-    Touch(JoinPath(title, L"Another.kvsdk"));
-    EXPECT_EQ(FindSdkFile(title, L""), L"") << "two candidates: no answer";
-
-    // Folders never count, neither as a candidate nor as a rival.
-    const Text folders = scratch / L"Folders";
-    testing::MakeDirectories(JoinPath(folders, L"a.kvsdk"));
-    Touch(JoinPath(folders, L"b.kvsdk"));
-    EXPECT_EQ(FindSdkFile(folders, L""), JoinPath(folders, L"b.kvsdk"));
-
+    ScratchDirectory scratch(L"sdk-find");
+    // Each row is a fresh folder holding `entries`: the answers in it, and one level below it.
+    const struct {
+        const wchar_t* name;
+        std::vector<Text> entries;
+        const wchar_t *inFolder, *below;  // relative to the folder; "" for no answer
+    } rows[] = {
+        // The case of the built name, not the one on disk; the fixed names end the search.
+        {L"Title", {L"TITLE.KVSDK", L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"Title.kvsdk", L"Title.kvsdk"},
+        {L"Fixed", {L"KorvaneSDK.kvsdk", L"Other.kvsdk"}, L"KorvaneSDK.kvsdk", L"KorvaneSDK.kvsdk"},
+        {L"One", {L"A.kvsdk"}, L"A.kvsdk", L"A.kvsdk"},
+        {L"Two", {L"A.kvsdk", L"B.kvsdk"}, L"", L""},
+        {L"Folders", {L"a.kvsdk\\", L"b.kvsdk"}, L"b.kvsdk", L"b.kvsdk"},  // folders never count
+        {L"None", {L"readme.txt"}, L"", L""},
+        // An ambiguous subfolder gives nothing and does not count; nor do dot-folders and the second level.
+        {L"B1", {L"Sub1\\One.kvsdk", L"Sub2\\A.kvsdk", L"Sub2\\B.kvsdk"}, L"", L"Sub1\\One.kvsdk"},
+        {L"B2", {L"Sub1\\One.kvsdk", L".cache\\C.kvsdk", L"Deep\\Deeper\\D.kvsdk"}, L"", L"Sub1\\One.kvsdk"},
+        {L"B3", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk"}, L"", L""},
+        {L"B4", {L"Sub1\\One.kvsdk", L"Sub3\\Sub3.kvsdk", L"Own.kvsdk"}, L"Own.kvsdk", L"Own.kvsdk"},
+        {L"B5", {L".cache\\C.kvsdk"}, L"", L""},
+    };
+    const auto answer = [&](const wchar_t* name, const wchar_t* relative) {
+        return *relative == 0 ? Text() : JoinPath(scratch / name, relative);
+    };
+    for (const auto& row : rows) {
+        MakeTree(scratch / row.name, row.entries);
+        EXPECT_EQ(FindSdkFile(scratch / row.name + L"\\", L""), answer(row.name, row.inFolder)) << TextToUtf8(row.name);
+        EXPECT_EQ(FindSdkBelowDirectory(scratch / row.name), answer(row.name, row.below)) << TextToUtf8(row.name);
+    }
     EXPECT_EQ(FindSdkFile(scratch / L"Missing", L""), L"");
     EXPECT_EQ(FindSdkFile(L"", L""), L"");
-    const Text empty = scratch / L"Empty";
-    Touch(JoinPath(empty, L"readme.txt"));
-    EXPECT_EQ(FindSdkFile(empty, L""), L"");
+    EXPECT_EQ(FindSdkBelowDirectory(L""), L"");
+
+    // An explicit path is taken or refused without a search; the game plays no part.
+    MakeTree(scratch / L"x", {L"y.KVSDK", L"y.kvsdk.bak", L"kvsdk", L"folder.kvsdk\\"});
+    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\sub\\..\\y.KVSDK"), scratch / L"x\\y.KVSDK");
+    EXPECT_EQ(FindSdkFile(scratch / L"One", scratch / L"x/y.KVSDK"), scratch / L"x\\y.KVSDK");
+    for (const wchar_t* refused : {L"x\\y.kvsdk.bak", L"x\\kvsdk", L"x\\folder.kvsdk", L"x\\missing.kvsdk"}) {
+        EXPECT_EQ(FindSdkFile(scratch / L"One", scratch / refused), L"") << "no fall-back on the game's own SDK";
+    }
 }
 
-TEST(FindSdkFile, ALinkBesideTheOnlySdkDoesNotMakeItAmbiguous)
+TEST(FindSdk, FolderLinksNeitherRivalNorAreSearched)
 {
     ScratchDirectory scratch(L"sdk-link");
-    const Text folder = scratch / L"Folder";
-    Touch(JoinPath(folder, L"a.kvsdk"));
-    testing::MakeDirectories(scratch / L"Target");
-    hosttest::FolderLink link(JoinPath(folder, L"b.kvsdk"), scratch / L"Target");
-    if (!link.IsMade()) {
+    MakeTree(scratch.Path(), {L"Folder\\a.kvsdk", L"Target\\Linked.kvsdk", L"Root\\"});
+    FolderLink beside(scratch / L"Folder\\b.kvsdk", scratch / L"Target");
+    FolderLink below(scratch / L"Root\\Linked", scratch / L"Target");
+    if (!beside.IsMade() || !below.IsMade()) {
         GTEST_SKIP() << "this system cannot make folder links";
     }
-    EXPECT_EQ(FindSdkFile(folder, L""), JoinPath(folder, L"a.kvsdk"));
+    EXPECT_EQ(FindSdkFile(scratch / L"Folder", L""), scratch / L"Folder\\a.kvsdk");
+    EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), L"");
+    Touch(scratch / L"Root\\Plain\\Plain.kvsdk");
+    EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), scratch / L"Root\\Plain\\Plain.kvsdk");
 }
-
-TEST(FindSdkFile, AnExplicitPathIsTakenOrRefusedWithoutASearch)
-{
-    ScratchDirectory scratch(L"sdk-explicit");
-    const Text game = scratch / L"Game";
-    Touch(JoinPath(game, L"Game.kvsdk"));
-    Touch(scratch / L"x\\y.KVSDK");
-    Touch(scratch / L"x\\y.kvsdk.bak");
-    Touch(scratch / L"x\\kvsdk");
-    testing::MakeDirectories(scratch / L"x\\folder.kvsdk");
-
-    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\sub\\..\\y.KVSDK"), scratch / L"x\\y.KVSDK");
-    EXPECT_EQ(FindSdkFile(game, scratch / L"x/y.KVSDK"), scratch / L"x\\y.KVSDK") << "the game plays no part";
-    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\y.kvsdk.bak"), L"");
-    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\kvsdk"), L"");
-    EXPECT_EQ(FindSdkFile(L"", scratch / L"x\\folder.kvsdk"), L"");
-    EXPECT_EQ(FindSdkFile(game, scratch / L"x\\missing.kvsdk"), L"") << "no fall-back on the game's own SDK";
-}
-
-TEST(FindSdkBelowDirectory, LooksOneLevelDownAndOnlyForASingleAnswer)
-{
-    ScratchDirectory scratch(L"sdk-below");
-    const Text root = scratch / L"Root";
-    Touch(JoinPath(root, L"Sub1\\One.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), JoinPath(root, L"Sub1\\One.kvsdk"));
-
-    // A subfolder that is itself ambiguous gives nothing and does not count.
-    Touch(JoinPath(root, L"Sub2\\A.kvsdk"));
-    Touch(JoinPath(root, L"Sub2\\B.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), JoinPath(root, L"Sub1\\One.kvsdk"));
-
-    // Dot-folders and the second level are not searched.
-    Touch(JoinPath(root, L".cache\\Cached.kvsdk"));
-    Touch(JoinPath(root, L"Deep\\Deeper\\Deep.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), JoinPath(root, L"Sub1\\One.kvsdk"));
-
-    Touch(JoinPath(root, L"Sub3\\Sub3.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), L"") << "two subfolders with an SDK each";
-
-    // The folder's own SDK wins over every subfolder.
-    Touch(JoinPath(root, L"Own.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), JoinPath(root, L"Own.kvsdk"));
-
-    const Text dotOnly = scratch / L"DotOnly";
-    Touch(JoinPath(dotOnly, L".cache\\Cached.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(dotOnly), L"");
-    EXPECT_EQ(FindSdkBelowDirectory(L""), L"");
-}
-
-TEST(FindSdkBelowDirectory, LinkedSubfoldersAreNotSearched)
-{
-    ScratchDirectory scratch(L"sdk-below-link");
-    const Text root = scratch / L"Root";
-    testing::MakeDirectories(root);
-    Touch(scratch / L"Elsewhere\\Linked.kvsdk");
-    hosttest::FolderLink link(JoinPath(root, L"Linked"), scratch / L"Elsewhere");
-    if (!link.IsMade()) {
-        GTEST_SKIP() << "this system cannot make folder links";
-    }
-    EXPECT_EQ(FindSdkBelowDirectory(root), L"");
-    Touch(JoinPath(root, L"Plain\\Plain.kvsdk"));
-    EXPECT_EQ(FindSdkBelowDirectory(root), JoinPath(root, L"Plain\\Plain.kvsdk"));
-}
-
-// Restores the process's language when a test has changed it.
-struct UiLanguageScope {
-    ~UiLanguageScope() { SetUiLanguage(L"en"); }
-};
 
 TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
 {
     ScratchDirectory scratch(L"sdk-selection");
     const Text game = scratch / L"Game";
     Touch(JoinPath(game, L"Game.kvsdk"));
-    const Text english = L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.";
-
-    Text gameDirectory = L"old";
-    Text sdk = L"old";
-    Text message = L"untouched";
+    Text gameDirectory = L"old", sdk = L"old", message = L"untouched";
     EXPECT_TRUE(ResolveSdkSelection(game + L"\\", L"", gameDirectory, sdk, message));
-    EXPECT_EQ(gameDirectory, game);
-    EXPECT_EQ(sdk, JoinPath(game, L"Game.kvsdk"));
-    EXPECT_EQ(message, L"untouched");
-
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message),
+        std::make_tuple(game, JoinPath(game, L"Game.kvsdk"), Text(L"untouched")));
     EXPECT_FALSE(ResolveSdkSelection(L"", L"", gameDirectory, sdk, message));
-    EXPECT_EQ(gameDirectory, L"");
-    EXPECT_EQ(sdk, L"");
-    EXPECT_EQ(message, english);
-
-    // The game directory stays set while the SDK is refused.
-    EXPECT_FALSE(ResolveSdkSelection(game, scratch / L"Missing.kvsdk", gameDirectory, sdk, message));
-    EXPECT_EQ(gameDirectory, game);
-    EXPECT_EQ(sdk, L"");
-
-    UiLanguageScope restore;
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(Text(), Text(),
+        Text(L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.")));
+    // The game directory stays set while the SDK is refused, in the other language too.
+    struct RestoreEnglish {
+        ~RestoreEnglish() { SetUiLanguage(L"en"); }
+    } restore;
     SetUiLanguage(L"zh-Hans");
-    EXPECT_FALSE(ResolveSdkSelection(scratch / L"Nothing", L"", gameDirectory, sdk, message));
-    EXPECT_EQ(message, L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C\x6216\x5305\x542B\x6E38\x620F SDK \x7684\x76EE\x5F55\x3002");
+    EXPECT_FALSE(ResolveSdkSelection(game, scratch / L"Missing.kvsdk", gameDirectory, sdk, message));
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, Text(),
+        Text(L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C"
+             L"\x6216\x5305\x542B\x6E38\x620F SDK \x7684\x76EE\x5F55\x3002")));
 }
 
 }  // namespace
-}  // namespace korvane
+}  // namespace korvane::hosttest
