@@ -52,9 +52,12 @@ CapturedRun RunCaptured(TextView executable, const std::vector<Text>& arguments,
         Text commandLine = BuildCommandLine(executable, arguments);
         const Text directory(currentDirectory);
         PROCESS_INFORMATION information{};
-        if (!CreateProcessW(Text(executable).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+        const auto startProcess = [&] {
+            return CreateProcessW(Text(executable).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
                 CREATE_NO_WINDOW | CREATE_SUSPENDED, nullptr, directory.empty() ? nullptr : directory.c_str(), &startup,
-                &information)) {
+                &information);
+        };
+        if (!StartRetryingWineFault(startProcess)) {
             ADD_FAILURE() << "cannot start " << TextToUtf8(executable) << ", error " << GetLastError();
             return run;
         }

@@ -172,9 +172,12 @@ ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& a
     }
     PROCESS_INFORMATION information{};
     const Text application(executable);
-    if (!CreateProcessW(application.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+    const auto start = [&] {
+        return CreateProcessW(application.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
             CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.empty() ? nullptr : environment.data(),
-            options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str(), &startup, &information)) {
+            options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str(), &startup, &information);
+    };
+    if (!StartRetryingWineFault(start)) {
         ADD_FAILURE() << "cannot start child process, error " << GetLastError();
         return child;
     }

@@ -88,6 +88,22 @@ private:
     DWORD id_ = 0;
 };
 
+// Calls `start` (a CreateProcessW) again while it fails with ERROR_INTERNAL_ERROR, a few times:
+// Wine now and then refuses to start an image whose previous process was just terminated.
+template <typename Start>
+bool StartRetryingWineFault(Start start)
+{
+    for (int attempt = 0;; ++attempt) {
+        if (start()) {
+            return true;
+        }
+        if (GetLastError() != ERROR_INTERNAL_ERROR || attempt == 4) {
+            return false;
+        }
+        Sleep(100);  // nothing to wait on: the fault clears once Wine has let the old image go
+    }
+}
+
 // Starts, waits up to options.timeoutMs, kills on time-out.
 ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options = {});
 
