@@ -6,31 +6,29 @@
 namespace korvane {
 namespace {
 
-void AppendNumber(Text& json, const wchar_t* key, std::uint64_t value)
+// One member as "key":value and the comma before the next one.
+void AppendMember(Text& json, const wchar_t* key, TextView value)
 {
     json += L'"';
     json += key;
     json += L"\":";
-    json += DecimalText(value);
+    json += value;
     json += L',';
+}
+
+void AppendNumber(Text& json, const wchar_t* key, std::uint64_t value)
+{
+    AppendMember(json, key, DecimalText(value));
 }
 
 void AppendString(Text& json, const wchar_t* key, TextView value)
 {
-    json += L'"';
-    json += key;
-    json += L"\":";
-    json += QuoteJsonText(value);
-    json += L',';
+    AppendMember(json, key, QuoteJsonText(value));
 }
 
 void AppendBool(Text& json, const wchar_t* key, bool value)
 {
-    json += L'"';
-    json += key;
-    json += L"\":";
-    json += value ? L"true" : L"false";
-    json += L',';
+    AppendMember(json, key, value ? L"true" : L"false");
 }
 
 }  // namespace
@@ -60,9 +58,7 @@ Bytes ComposeStartupReport(const StartupSnapshot& snapshot)
     }
     json += L"],";
     AppendString(json, L"cacheStatus", snapshot.cacheStatusText);
-    json += L"\"cacheHit\":";
-    json += snapshot.cacheHit < 0 ? L"null" : (snapshot.cacheHit == 0 ? L"false" : L"true");
-    json += L',';
+    AppendMember(json, L"cacheHit", snapshot.cacheHit < 0 ? L"null" : (snapshot.cacheHit == 0 ? L"false" : L"true"));
     json += L"\"cacheVerified\":";
     json += snapshot.cacheVerified ? L"true" : L"false";
     json += L'}';
