@@ -86,7 +86,7 @@ int wmain()
     }
 
     std::atomic<bool> cancel{false};
-    StartupMonitor monitor(96, false, false, &cancel);
+    StartupMonitor monitor({.forcedDpi = 96, .cancelFlag = &cancel});
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     const std::uint64_t notBefore = (static_cast<std::uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;

@@ -95,6 +95,13 @@ struct MemoryDcTraits {
     static void Close(Value value) noexcept { DeleteDC(value); }
 };
 
+// A window owned by the thread that made it; destroy it on that thread alone.
+struct WindowTraits {
+    using Value = HWND;
+    static Value Invalid() noexcept { return nullptr; }
+    static void Close(Value value) noexcept { DestroyWindow(value); }
+};
+
 struct LocalMemoryTraits {
     using Value = HLOCAL;
     static Value Invalid() noexcept { return nullptr; }
@@ -117,5 +124,7 @@ using UniqueIcon = UniqueResource<IconTraits>;
 // A DC made by CreateCompatibleDC; never one from GetDC or BeginPaint.
 using UniqueMemoryDc = UniqueResource<MemoryDcTraits>;
 using UniqueLocalMemory = UniqueResource<LocalMemoryTraits>;
+// A top-level window; release it at WM_NCDESTROY so that a window already gone is not destroyed twice.
+using UniqueWindow = UniqueResource<WindowTraits>;
 
 }  // namespace korvane

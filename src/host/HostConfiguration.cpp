@@ -5,7 +5,6 @@
 #include "foundation/Paths.h"
 #include "host/HostEnvironment.h"
 #include "host/SdkDiscovery.h"
-#include "launch/LaunchContext.h"
 
 #include <stdexcept>
 
@@ -45,15 +44,16 @@ Text ResolveHostPath(TextView environment, TextView editorRoot, TextView value)
     return NormalizePath(JoinPath(editorRoot, value));
 }
 
-void ApplyHostConfiguration(LaunchContext& context, Text& requestedGameDirectory)
+HostChoice ApplyHostConfiguration(const HostRequest& request)
 {
+    HostChoice choice = Unchanged(request);
     // A game directory from the command line wins outright; the file is not even judged.
-    if (!requestedGameDirectory.empty()) {
-        return;
+    if (!request.gameDirectory.empty()) {
+        return choice;
     }
-    const Text file = JoinPath(context.editorRoot, kHostConfigurationFile);
+    const Text file = JoinPath(request.editorRoot, kHostConfigurationFile);
     if (!IsRegularFile(file)) {
-        return;
+        return choice;
     }
     const JsonValue configuration = ParseJson(ReadWholeFile(file, kSmallFileLimit));
     if (FindJsonMember(configuration, L"schemaVersion").text != L"1") {
@@ -68,33 +68,34 @@ void ApplyHostConfiguration(LaunchContext& context, Text& requestedGameDirectory
     }
     const Text& gameDirectory = FindJsonMember(configuration, L"gameDirectory").text;
     if (gameDirectory.empty()) {
-        return;
+        return choice;
     }
 
     // Still possibly "auto" here, so an absolute game directory needs an explicit "developer".
-    requestedGameDirectory = ResolveHostPath(environment, context.editorRoot, gameDirectory);
+    choice.gameDirectory = ResolveHostPath(environment, request.editorRoot, gameDirectory);
     if (environment == kAutoEnvironment) {
-        environment = EnvironmentOfGameDirectory(requestedGameDirectory);
+        environment = EnvironmentOfGameDirectory(choice.gameDirectory);
     }
     const bool packaged = environment == kPackagedEnvironment;
     if (const Text& packagedGame = FindJsonMember(configuration, L"packagedGameDirectory").text;
         packaged && !packagedGame.empty()) {
-        requestedGameDirectory = ResolveHostPath(environment, context.editorRoot, packagedGame);
+        choice.gameDirectory = ResolveHostPath(environment, request.editorRoot, packagedGame);
     }
 
-    if (context.requestedSdk.empty()) {
+    if (choice.sdk.empty()) {
         const Text& sdk = FindJsonMember(configuration, L"sdk").text;
-        context.requestedSdk = sdk.empty() ? FindSdkBelowDirectory(requestedGameDirectory)
-                                           : ResolveHostPath(environment, context.editorRoot, sdk);
+        choice.sdk = sdk.empty() ? FindSdkBelowDirectory(choice.gameDirectory)
+                                 : ResolveHostPath(environment, request.editorRoot, sdk);
     }
-    if (packaged && !context.requestedSdk.empty()) {
-        RequireSdkInsidePackage(context.requestedSdk, requestedGameDirectory);
+    if (packaged && !choice.sdk.empty()) {
+        RequireSdkInsidePackage(choice.sdk, choice.gameDirectory);
     }
 
     // A word given on the command line stays and wins.
-    if (!HasHostEnvironmentArgument(context.passThroughArguments)) {
-        context.passThroughArguments.push_back(kHostEnvironmentOption + environment);
+    if (!HasHostEnvironmentArgument(request.passThroughArguments)) {
+        choice.environmentArgument = HostEnvironmentArgument(environment);
     }
+    return choice;
 }
 
 }  // namespace korvane

@@ -4,10 +4,9 @@
 // bad one ends the run (the entry point turns every exception into its own message).
 
 #include "foundation/Text.h"
+#include "host/HostEnvironment.h"
 
 namespace korvane {
-
-struct LaunchContext;
 
 inline constexpr wchar_t kHostConfigurationFile[] = L"KorvaneUpdate.config.json";
 
@@ -15,9 +14,9 @@ inline constexpr wchar_t kHostConfigurationFile[] = L"KorvaneUpdate.config.json"
 // exactly "developer". Throws std::runtime_error for an absolute path under any other word.
 Text ResolveHostPath(TextView environment, TextView editorRoot, TextView value);
 
-// Does nothing when the command line named a game directory. Otherwise may fill
-// `requestedGameDirectory` and `requestedSdk` and append one host environment argument.
-// Throws std::runtime_error for a bad file.
-void ApplyHostConfiguration(LaunchContext& context, Text& requestedGameDirectory);
+// Changes nothing when the request names a game directory. Otherwise the file of the install
+// may name the game directory and the SDK, and the environment argument unless the arguments
+// already hold one. Throws std::runtime_error for a bad file.
+HostChoice ApplyHostConfiguration(const HostRequest& request);
 
 }  // namespace korvane

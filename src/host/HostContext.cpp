@@ -6,9 +6,9 @@
 #include "host/HostEnvironment.h"
 #include "host/LaunchSelection.h"
 #include "host/SdkDiscovery.h"
-#include "launch/LaunchContext.h"
 
 #include <exception>
+#include <optional>
 
 namespace korvane {
 namespace {
@@ -32,28 +32,22 @@ StoredSelection ReadStoredSelection(TextView editorRoot)
     };
 }
 
-void AppendEnvironmentOf(LaunchContext& context, TextView gameDirectory)
-{
-    context.passThroughArguments.push_back(kHostEnvironmentOption + HostEnvironmentOf(gameDirectory));
-}
-
 // Adopts the stored selection when it holds; any failure reads as a selection that does not.
-bool AdoptStoredSelection(LaunchContext& context, Text& requestedGameDirectory, TextView hostGame)
+std::optional<HostChoice> AdoptStoredSelection(TextView editorRoot, TextView hostGame)
 {
     try {
-        StoredSelection stored = ReadStoredSelection(context.editorRoot);
-        if (!IsStoredSelectionValid(stored, context.editorRoot, hostGame)) {
-            return false;
+        StoredSelection stored = ReadStoredSelection(editorRoot);
+        if (!IsStoredSelectionValid(stored, editorRoot, hostGame)) {
+            return std::nullopt;
         }
-        requestedGameDirectory = std::move(stored.gameDirectory);
-        context.requestedSdk = std::move(stored.sdkFile);
+        HostChoice choice{std::move(stored.gameDirectory), std::move(stored.sdkFile), {}};
         // A stand-alone selection names no environment.
-        if (!requestedGameDirectory.empty()) {
-            AppendEnvironmentOf(context, requestedGameDirectory);
+        if (!choice.gameDirectory.empty()) {
+            choice.environmentArgument = HostEnvironmentArgument(HostEnvironmentOf(choice.gameDirectory));
         }
-        return true;
+        return choice;
     } catch (const std::exception&) {
-        return false;
+        return std::nullopt;
     }
 }
 
@@ -84,30 +78,28 @@ bool IsStoredSelectionValid(const StoredSelection& stored, TextView editorRoot, 
     return SdkBelongsToHost(stored.sdkFile, stored.gameDirectory);
 }
 
-void ResolveHostContext(LaunchContext& context, Text& requestedGameDirectory)
+HostChoice ResolveHostContext(const HostRequest& request)
 {
-    if (!requestedGameDirectory.empty() || !context.requestedSdk.empty()) {
-        return;
+    if (!request.gameDirectory.empty() || !request.sdk.empty()) {
+        return Unchanged(request);
     }
-    if (HasHostEnvironmentArgument(context.passThroughArguments)) {
-        return;
+    if (HasHostEnvironmentArgument(request.passThroughArguments)) {
+        return Unchanged(request);
     }
-    const Text parent = ParentPath(context.editorRoot);
+    const Text parent = ParentPath(request.editorRoot);
     const Text hostGame = IsGameDirectory(parent) ? parent : Text();
 
-    if (AdoptStoredSelection(context, requestedGameDirectory, hostGame)) {
-        return;
+    if (std::optional<HostChoice> stored = AdoptStoredSelection(request.editorRoot, hostGame)) {
+        return std::move(*stored);
     }
     if (hostGame.empty()) {
-        return;
+        return Unchanged(request);
     }
     Text sdk = FindSdkBelowDirectory(hostGame);
     if (sdk.empty()) {
-        return;
+        return Unchanged(request);
     }
-    requestedGameDirectory = hostGame;
-    context.requestedSdk = std::move(sdk);
-    AppendEnvironmentOf(context, hostGame);
+    return HostChoice{hostGame, std::move(sdk), HostEnvironmentArgument(HostEnvironmentOf(hostGame))};
 }
 
 }  // namespace korvane

@@ -3,10 +3,9 @@
 // them: from the selection stored by an earlier run, then from the folder the install lies in.
 
 #include "foundation/Text.h"
+#include "host/HostEnvironment.h"
 
 namespace korvane {
-
-struct LaunchContext;
 
 // What a stored selection says, as the texts of its file.
 struct StoredSelection {
@@ -21,9 +20,10 @@ struct StoredSelection {
 // install's parent folder when that is a game, else empty.
 bool IsStoredSelectionValid(const StoredSelection& stored, TextView editorRoot, TextView hostGame);
 
-// May fill `requestedGameDirectory` and `requestedSdk` and append one host environment
-// argument. Writes no file; a stored selection that fails is left as it is. Lets no
+// Changes nothing when the request names a game directory, an SDK or an environment. Otherwise
+// the stored selection, else the game the install lies in, may name the game directory, the SDK
+// and the environment. Writes no file; a stored selection that fails is left as it is. Lets no
 // exception out.
-void ResolveHostContext(LaunchContext& context, Text& requestedGameDirectory);
+HostChoice ResolveHostContext(const HostRequest& request);
 
 }  // namespace korvane

@@ -10,7 +10,17 @@ constexpr TextView kOption(kHostEnvironmentOption);
 
 }  // namespace
 
-bool HasHostEnvironmentArgument(const std::vector<Text>& passThroughArguments)
+HostChoice Unchanged(const HostRequest& request)
+{
+    return HostChoice{Text(request.gameDirectory), Text(request.sdk), {}};
+}
+
+Text HostEnvironmentArgument(TextView word)
+{
+    return Text(kOption).append(word);
+}
+
+bool HasHostEnvironmentArgument(std::span<const Text> passThroughArguments)
 {
     for (const Text& argument : passThroughArguments) {
         if (TextView(argument).starts_with(kOption)) {
@@ -20,7 +30,7 @@ bool HasHostEnvironmentArgument(const std::vector<Text>& passThroughArguments)
     return false;
 }
 
-Text LastHostEnvironmentWord(const std::vector<Text>& passThroughArguments)
+Text LastHostEnvironmentWord(std::span<const Text> passThroughArguments)
 {
     Text word;
     for (const Text& argument : passThroughArguments) {

@@ -5,6 +5,7 @@
 
 #include "foundation/Text.h"
 
+#include <span>
 #include <vector>
 
 namespace korvane {
@@ -16,10 +17,32 @@ inline constexpr wchar_t kStandaloneEnvironment[] = L"standalone";
 // A project folder that carries this file is shipped as a packaged game.
 inline constexpr wchar_t kHostBundleMarker[] = L".korvane-host-bundle.json";
 
+// What a host step was given: the install, what the run asks for so far, and the arguments that
+// reach the editor (where an earlier step or the command line may have named the environment).
+struct HostRequest {
+    TextView editorRoot{};
+    TextView gameDirectory{};
+    TextView sdk{};
+    std::span<const Text> passThroughArguments{};
+};
+
+// What a host step decided: the game directory and SDK the run goes on with (the requested ones
+// when the step changed nothing), and the environment argument to hand the editor, if any.
+struct HostChoice {
+    Text gameDirectory;
+    Text sdk;
+    Text environmentArgument;  // "-KorvaneHostEnvironment=<word>", or empty for none to add
+};
+
+// The choice that leaves the request as it stands.
+HostChoice Unchanged(const HostRequest& request);
+// The whole argument for the editor: the option and the word.
+Text HostEnvironmentArgument(TextView word);
+
 // Whether an element begins with the option, case-sensitive, at its first unit.
-bool HasHostEnvironmentArgument(const std::vector<Text>& passThroughArguments);
+bool HasHostEnvironmentArgument(std::span<const Text> passThroughArguments);
 // The word of the last such element, or empty.
-Text LastHostEnvironmentWord(const std::vector<Text>& passThroughArguments);
+Text LastHostEnvironmentWord(std::span<const Text> passThroughArguments);
 
 // "developer" or "packaged" for a project folder, by the marker; "packaged" for any other
 // folder, whether or not it exists.

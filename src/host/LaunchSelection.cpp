@@ -4,7 +4,6 @@
 #include "foundation/KnownFolders.h"
 #include "foundation/Paths.h"
 #include "host/HostEnvironment.h"
-#include "launch/LaunchContext.h"
 
 #include <windows.h>
 
@@ -37,15 +36,15 @@ Bytes ComposeLaunchSelection(TextView editorRoot, TextView environment, TextView
     return TextToUtf8(text);
 }
 
-bool SaveLaunchSelection(const LaunchContext& context, TextView sdk, TextView gameDirectory)
+bool SaveLaunchSelection(TextView editorRoot, TextView sdk, TextView gameDirectory)
 {
-    if (context.pickerPreview || sdk.empty()) {
+    if (sdk.empty()) {
         return false;
     }
     if (!IsRegularFile(sdk) || !SdkBelongsToHost(sdk, gameDirectory)) {
         return false;
     }
-    const Text target = LaunchSelectionPath(context.editorRoot);
+    const Text target = LaunchSelectionPath(editorRoot);
     if (target.empty()) {
         return false;
     }
@@ -55,7 +54,7 @@ bool SaveLaunchSelection(const LaunchContext& context, TextView sdk, TextView ga
     }
     const Text normalizedGame = gameDirectory.empty() ? Text() : NormalizePath(gameDirectory);
     const Bytes content = ComposeLaunchSelection(
-        NormalizePath(context.editorRoot), HostEnvironmentOf(gameDirectory), normalizedGame, NormalizePath(sdk));
+        NormalizePath(editorRoot), HostEnvironmentOf(gameDirectory), normalizedGame, NormalizePath(sdk));
     const Text sibling = target + L"." + DecimalText(GetCurrentProcessId()) + L".tmp";
     return ReplaceFileFromSibling(target, sibling, content);
 }

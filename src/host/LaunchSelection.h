@@ -9,8 +9,6 @@
 
 namespace korvane {
 
-struct LaunchContext;
-
 // 64-bit FNV-1a over the UTF-16 units of the normalised root with A to Z folded, so the same
 // install reached in another letter case has the same key.
 std::uint64_t InstallKey(TextView editorRoot);
@@ -19,9 +17,10 @@ std::uint64_t InstallKey(TextView editorRoot);
 Text LaunchSelectionPath(TextView editorRoot);
 // {"schemaVersion":1,"editorRoot":…,"environment":…,"gameDirectory":…,"sdkFile":…} in UTF-8.
 Bytes ComposeLaunchSelection(TextView editorRoot, TextView environment, TextView gameDirectory, TextView sdk);
-// Replaces the install's selection through a sibling file. False, with nothing written, in a
-// picker preview, for an SDK that is no file or does not belong to its packaged game, or
-// when the store cannot be written. Callers may ignore the result.
-bool SaveLaunchSelection(const LaunchContext& context, TextView sdk, TextView gameDirectory);
+// Replaces the selection of the install at `editorRoot` through a sibling file. False, with
+// nothing written, for an empty SDK, an SDK that is no file or does not belong to its packaged
+// game, or when the store cannot be written. A picker preview never calls it. Callers may
+// ignore the result.
+bool SaveLaunchSelection(TextView editorRoot, TextView sdk, TextView gameDirectory);
 
 }  // namespace korvane

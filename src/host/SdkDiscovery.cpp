@@ -1,8 +1,8 @@
 #include "host/SdkDiscovery.h"
 
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"
-#include "launch/UiLanguage.h"
 
 #include <windows.h>
 

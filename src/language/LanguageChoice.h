@@ -2,16 +2,12 @@
 // Which languages the installed editor can show, which one a request maps to, and where
 // the per-user editor settings file that remembers the choice lies.
 
+#include "context/LanguageRow.h"
 #include "foundation/Text.h"
 
 #include <vector>
 
 namespace korvane {
-
-struct LanguageRow {
-    Text code;         // culture name, spelled as its folder on disk
-    Text displayName;  // shown in the picker's language list
-};
 
 // The culture folders of the install that hold Editor.locres, "en" first; never empty.
 std::vector<LanguageRow> ListEditorLanguages(TextView editorRoot, TextView version = {});

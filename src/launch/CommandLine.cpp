@@ -1,7 +1,7 @@
 #include "launch/EntryOptions.h"
 
-#include "launch/LaunchContext.h"
-#include "launch/UiLanguage.h"
+#include "context/LaunchContext.h"
+#include "context/UiLanguage.h"
 #include "language/LanguageChoice.h"
 
 #include <cwchar>
@@ -60,8 +60,10 @@ void StorePreviewTime(TextView value, std::uint32_t& target)
     }
 }
 
-// Rows 1 to 24 and 27 of the table; rows 25, 26, 28 and 29 need more than a match and are
-// handled in ParseEntryArguments, at their places in the order.
+// The options that a plain match decides, in the order they are tried. The `-sdk` look-ahead,
+// a positional .kvsdk, a .uproject and the pass-through words need more than a match and are
+// handled in ParseEntryArguments, at their places in the order: `-KorvaneModFile=` is tried
+// after the first two.
 constexpr OptionRow kLeadingRows[] = {
     {L"-KorvaneEmptyHost", Match::Exact, [](TextView, EntryOptions& o, LaunchContext&) { o.emptyHost = true; }},
     {L"-KorvaneResolveHostContext", Match::Exact,
@@ -88,15 +90,15 @@ constexpr OptionRow kLeadingRows[] = {
         }},
     {L"-KorvaneStartupPreview", Match::Exact, [](TextView, EntryOptions& o, LaunchContext&) { o.startupPreview = true; }},
     {L"-KorvaneStartupPreviewNoBackground", Match::Exact,
-        [](TextView, EntryOptions& o, LaunchContext&) { o.startupPreviewNoBackground = true; }},
+        [](TextView, EntryOptions& o, LaunchContext&) { o.startupPreviewOptions.noBackground = true; }},
     {L"-KorvaneStartupPreviewLanguage=", Match::Prefix,
-        [](TextView v, EntryOptions& o, LaunchContext&) { o.startupPreviewChinese = EqualsIgnoringCase(v, L"zh-Hans"); }},
+        [](TextView v, EntryOptions& o, LaunchContext&) { o.startupPreviewOptions.chinese = EqualsIgnoringCase(v, L"zh-Hans"); }},
     {L"-KorvaneStartupPreviewDpi=", Match::Prefix,
-        [](TextView v, EntryOptions& o, LaunchContext&) { StoreDpi(v, o.startupPreviewDpi); }},
+        [](TextView v, EntryOptions& o, LaunchContext&) { StoreDpi(v, o.startupPreviewOptions.dpi); }},
     {L"-KorvaneStartupPreviewMs=", Match::Prefix,
-        [](TextView v, EntryOptions& o, LaunchContext&) { StorePreviewTime(v, o.startupPreviewMs); }},
-    {L"-KorvaneStartupReport=", Match::Prefix, [](TextView v, EntryOptions& o, LaunchContext&) { o.startupReportPath = v; }},
-    {L"-KorvaneStartupPhase=", Match::Prefix, [](TextView v, EntryOptions& o, LaunchContext&) { o.startupPhaseText = v; }},
+        [](TextView v, EntryOptions& o, LaunchContext&) { StorePreviewTime(v, o.startupPreviewOptions.durationMs); }},
+    {L"-KorvaneStartupReport=", Match::Prefix, [](TextView v, EntryOptions& o, LaunchContext&) { o.startupPreviewOptions.reportPath = v; }},
+    {L"-KorvaneStartupPhase=", Match::Prefix, [](TextView v, EntryOptions& o, LaunchContext&) { o.startupPreviewOptions.phaseText = v; }},
     {L"-KorvaneLauncherCheck", Match::Exact, [](TextView, EntryOptions& o, LaunchContext&) { o.headless = true; }},
     {L"-KorvaneInstanceCheck", Match::Exact,
         [](TextView, EntryOptions& o, LaunchContext&) {
@@ -166,8 +168,8 @@ ArgumentsOutcome ParseEntryArguments(const std::vector<Text>& arguments, EntryOp
         if (ApplyFirstMatch(std::begin(kLeadingRows), std::end(kLeadingRows), argument, options, context)) {
             continue;
         }
-        // Row 25: `-sdk` takes the next argument without testing it; as the last argument it
-        // falls through to the rows below.
+        // `-sdk` takes the next argument without testing it; as the last argument it falls
+        // through to the tests below and ends as a pass-through word.
         if (EqualsIgnoringCase(argument, L"-sdk") && index + 1 < arguments.size()) {
             context.requestedSdk = arguments[++index];
             continue;

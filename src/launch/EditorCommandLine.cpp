@@ -3,7 +3,6 @@
 #include "foundation/KnownFolders.h"
 #include "foundation/Paths.h"
 #include "launch/EditorEnvironment.h"
-#include "launch/LaunchContext.h"
 
 #include <windows.h>
 
@@ -21,11 +20,11 @@ void AppendQuoted(Text& commandLine, TextView optionName, TextView value)
     commandLine.append(QuoteCommandArgument(Text(optionName).append(value)));
 }
 
-// <folder of launchTarget>\Saved\Logs\KorvaneLauncher-<pid>-<tick>.log, or empty when the
+// <folder of the project>\Saved\Logs\KorvaneLauncher-<pid>-<tick>.log, or empty when the
 // folder can neither be made nor found.
-Text MakeLauncherLogPath(TextView launchTarget)
+Text MakeLauncherLogPath(TextView project)
 {
-    const Text folder = JoinPath(ParentPath(launchTarget), L"Saved\\Logs");
+    const Text folder = JoinPath(ParentPath(project), L"Saved\\Logs");
     if (CreateFolderTree(folder) != ERROR_SUCCESS && !IsDirectory(folder)) {
         return {};
     }
@@ -53,7 +52,7 @@ Text LauncherLogFileName(std::uint32_t processId, std::uint64_t tickCount)
 Text AssembleEditorCommandLine(const EditorCommandInputs& inputs, TextView madeLogPath)
 {
     Text commandLine = QuoteCommandArgument(inputs.editorPath);
-    AppendQuoted(commandLine, {}, inputs.launchTarget);
+    AppendQuoted(commandLine, {}, inputs.workspaceProject);
     if (!inputs.gameDirectory.empty()) {
         AppendQuoted(commandLine, L"-KorvaneGameDir=", inputs.gameDirectory);
     }
@@ -82,24 +81,21 @@ void AppendCacheArguments(Text& commandLine, TextView cacheDirectory, TextView m
     }
 }
 
-EditorCommand BuildEditorCommandLine(const LaunchContext& context, TextView editorPath, TextView editorCulture)
+EditorCommand BuildEditorCommandLine(const EditorCommandInputs& inputs, TextView editorRoot)
 {
-    const EditorCommandInputs inputs{editorPath, context.launchTarget, context.gameDirectory, context.selectedMod,
-        context.modProjectFile, editorCulture, context.passThroughArguments};
-
     EditorCommand command;
     Text madeLogPath;
     if (std::optional<Text> userLogPath = UserLogPath(inputs.passThroughArguments)) {
         command.logPath = std::move(*userLogPath);
     } else {
-        madeLogPath = MakeLauncherLogPath(inputs.launchTarget);
+        madeLogPath = MakeLauncherLogPath(inputs.workspaceProject);
         command.logPath = madeLogPath;
     }
     command.commandLine = AssembleEditorCommandLine(inputs, madeLogPath);
 
     RemoveSdksRootFromEnvironment();
     try {
-        const Text majorMinor = ReadReceiptMajorMinor(context.editorRoot);
+        const Text majorMinor = ReadReceiptMajorMinor(editorRoot);
         if (!majorMinor.empty()) {
             if (const Text cacheDirectory = PrepareLocalDataCache(majorMinor); !cacheDirectory.empty()) {
                 AppendCacheArguments(command.commandLine, cacheDirectory, majorMinor);

@@ -11,8 +11,6 @@
 
 namespace korvane {
 
-struct LaunchContext;
-
 struct EditorCommand {
     Text commandLine;
     Text logPath;  // the log the editor writes, for the start-up watch and messages; may be empty
@@ -20,13 +18,13 @@ struct EditorCommand {
 
 // The plain values the command line is assembled from; views into the caller's data.
 struct EditorCommandInputs {
-    TextView editorPath;
-    TextView launchTarget;   // the workspace's KorvaneSDK.uproject
-    TextView gameDirectory;  // may be empty
-    TextView selectedMod;
-    TextView modProjectFile;
-    TextView editorCulture;
-    std::span<const Text> passThroughArguments;
+    TextView editorPath{};
+    TextView workspaceProject{};  // the workspace's KorvaneSDK.uproject
+    TextView gameDirectory{};  // may be empty
+    TextView selectedMod{};
+    TextView modProjectFile{};
+    TextView editorCulture{};
+    std::span<const Text> passThroughArguments{};
 };
 
 // The log path of the user's own "-ABSLOG=" (letter case ignored, the last one wins),
@@ -46,12 +44,11 @@ Text AssembleEditorCommandLine(const EditorCommandInputs& inputs, TextView madeL
 // " -DDC=(Local)" for engine 5.8 unless it holds "-DDC=" anywhere.
 void AppendCacheArguments(Text& commandLine, TextView cacheDirectory, TextView majorMinor);
 
-// The whole command line and log path for one start of the editor at `editorPath` with
-// `editorCulture`, from the context's launchTarget, gameDirectory, selectedMod,
-// modProjectFile and passThroughArguments. Also prepares the environment the editor
-// inherits: removes UE_SDKS_ROOT and, when the install's receipt names an engine build,
-// sets UE-LocalDataCachePath. Call it right before CreateProcessW with an inherited
-// environment. Never fails: an argument that cannot be made is left out.
-EditorCommand BuildEditorCommandLine(const LaunchContext& context, TextView editorPath, TextView editorCulture);
+// The whole command line and log path for one start of the editor, from the inputs and the
+// receipt of the install at `editorRoot`. Also prepares the environment the editor inherits:
+// removes UE_SDKS_ROOT and, when the receipt names an engine build, sets UE-LocalDataCachePath.
+// Call it right before the editor is started with an inherited environment. Never fails: an
+// argument that cannot be made is left out.
+EditorCommand BuildEditorCommandLine(const EditorCommandInputs& inputs, TextView editorRoot);
 
 }  // namespace korvane

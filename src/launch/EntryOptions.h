@@ -3,6 +3,7 @@
 // other part sees.
 
 #include "foundation/Text.h"
+#include "startup/StartupPreview.h"
 
 #include <cstdint>
 #include <vector>
@@ -18,12 +19,9 @@ struct EntryOptions {
     bool headless = false;  // no window and no message box may appear
     bool instanceCheck = false;
     bool startupPreview = false;
-    bool startupPreviewNoBackground = false;
-    bool startupPreviewChinese = false;  // the caller sets it to IsChineseUi() before parsing
-    std::uint32_t startupPreviewDpi = 96;
-    std::uint32_t startupPreviewMs = 3000;
-    Text startupPhaseText;
-    Text startupReportPath;
+    // The start-up preview's look, time and report. Its `chinese` is set by the caller to
+    // IsChineseUi() before parsing; its report path serves a real launch as well.
+    StartupPreviewOptions startupPreviewOptions;
     Text requestedGameDirectory;
     std::uint32_t waitForEditorPid = 0;
 };

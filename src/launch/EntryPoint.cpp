@@ -1,5 +1,8 @@
 #include "launch/EntryPoint.h"
 
+#include "context/LaunchContext.h"
+#include "context/SharedConstants.h"
+#include "context/UiLanguage.h"
 #include "foundation/GdiplusSession.h"
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"
@@ -11,11 +14,9 @@
 #include "language/LanguageChoice.h"
 #include "launch/EntryOptions.h"
 #include "launch/HostContextReport.h"
-#include "launch/LaunchContext.h"
 #include "launch/LaunchEditor.h"
 #include "launch/LaunchErrors.h"
 #include "launch/SessionGate.h"
-#include "launch/UiLanguage.h"
 #include "picker/Picker.h"
 #include "startup/StartupPreview.h"
 #include "tool/LauncherCheck.h"
@@ -28,15 +29,6 @@
 
 namespace korvane {
 namespace {
-
-constexpr int kExitSuccess = 0;
-constexpr int kExitCommandLine = 1;
-constexpr int kExitEditorMissing = 2;
-constexpr int kExitBadRequest = 3;
-constexpr int kExitCheckFailed = 4;
-constexpr int kExitLaunchFailed = 6;
-constexpr int kExitNonAsciiRoot = 8;
-constexpr int kExitSessionInUse = 9;
 
 bool ReadArguments(std::vector<Text>& arguments)
 {
@@ -65,7 +57,7 @@ bool IsAscii(TextView text) noexcept
 // Both install checks; 0 when they pass, else the exit code after the message.
 int CheckInstall(const LaunchContext& context, bool headless)
 {
-    if (!IsRegularFile(JoinPath(context.editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"))) {
+    if (!IsRegularFile(EditorExecutablePath(context.editorRoot))) {
         return ShowLaunchError(kEditorNotFoundMessage.Now(), headless, kExitEditorMissing);
     }
     if (!IsAscii(context.editorRoot)) {
@@ -78,11 +70,26 @@ int CheckInstall(const LaunchContext& context, bool headless)
 int WaitForEditorExit(LaunchContext& context)
 {
     DWORD exitCode = 1;
-    WaitForSingleObject(context.editorProcess.process.Get(), INFINITE);
-    GetExitCodeProcess(context.editorProcess.process.Get(), &exitCode);
+    WaitForSingleObject(context.editorProcess.Process(), INFINITE);
+    GetExitCodeProcess(context.editorProcess.Process(), &exitCode);
     context.editorProcess.Reset();
     context.editorStarted = false;
     return static_cast<int>(exitCode);
+}
+
+// The host configuration, then the host context: each step sees what the one before decided.
+// Throws what the configuration throws.
+void RunHostSteps(LaunchContext& context, Text& requestedGameDirectory)
+{
+    for (const auto step : {ApplyHostConfiguration, ResolveHostContext}) {
+        HostChoice choice = step({context.editorRoot, requestedGameDirectory, context.requestedSdk,
+            context.passThroughArguments});
+        requestedGameDirectory = std::move(choice.gameDirectory);
+        context.requestedSdk = std::move(choice.sdk);
+        if (!choice.environmentArgument.empty()) {
+            context.passThroughArguments.push_back(std::move(choice.environmentArgument));
+        }
+    }
 }
 
 // The language of the run is the one saved in the editor's settings, else English, mapped
@@ -108,7 +115,7 @@ int Run(LaunchContext& context)
         return kExitCommandLine;
     }
     EntryOptions options;
-    options.startupPreviewChinese = IsChineseUi();
+    options.startupPreviewOptions.chinese = IsChineseUi();
     if (ParseEntryArguments(arguments, options, context) == ArgumentsOutcome::ProjectFileGiven) {
         return ShowLaunchError(kProjectFileRemovedMessage.Now(), options.headless, kExitBadRequest);
     }
@@ -121,13 +128,12 @@ int Run(LaunchContext& context)
         context.modFile.clear();
     } else if (!context.pickerPreview && !options.startupPreview && !options.instanceCheck) {
         try {
-            ApplyHostConfiguration(context, options.requestedGameDirectory);
-            ResolveHostContext(context, options.requestedGameDirectory);
+            RunHostSteps(context, options.requestedGameDirectory);
         } catch (const std::exception&) {
             return ShowLaunchError(kInvalidHostConfigurationMessage.Now(), options.headless, kExitBadRequest);
         }
     }
-    context.startupReport = options.startupReportPath;
+    context.startupReport = options.startupPreviewOptions.reportPath;
 
     if (options.resolveHostContext) {
         const Bytes report = ComposeHostContextReport(options.requestedGameDirectory, context.requestedSdk,
@@ -137,7 +143,7 @@ int Run(LaunchContext& context)
 
     const ClosingEditorWait closingWait{
         options.waitForEditorPid, options.headless, options.startupPreview || context.pickerPreview};
-    if (!WaitForClosingEditor(context, closingWait)) {
+    if (!WaitForClosingEditor(context.editorRoot, closingWait)) {
         return kExitSessionInUse;
     }
 
@@ -149,14 +155,7 @@ int Run(LaunchContext& context)
         return kExitSuccess;
     }
     if (options.startupPreview) {
-        StartupPreviewOptions preview;
-        preview.dpi = options.startupPreviewDpi;
-        preview.noBackground = options.startupPreviewNoBackground;
-        preview.chinese = options.startupPreviewChinese;
-        preview.durationMs = options.startupPreviewMs;
-        preview.phaseText = options.startupPhaseText;
-        preview.reportPath = options.startupReportPath;
-        return RunStartupPreview(preview);
+        return RunStartupPreview(options.startupPreviewOptions);
     }
     if (context.pickerPreview) {
         return RunPicker(context);
@@ -176,7 +175,7 @@ int Run(LaunchContext& context)
             return ShowLaunchError(message, options.headless, kExitBadRequest);
         }
         if (options.headless) {
-            return RunLauncherCheck(context, context.launchTarget) ? kExitSuccess : kExitCheckFailed;
+            return RunLauncherCheck(context.editorRoot, context.launchTarget) ? kExitSuccess : kExitCheckFailed;
         }
         if (!context.selectedMod.empty() || !context.modFile.empty()) {
             Text error;

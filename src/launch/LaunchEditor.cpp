@@ -1,12 +1,15 @@
 #include "launch/LaunchEditor.h"
 
+#include "context/LaunchContext.h"
+#include "context/SharedConstants.h"
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "language/EditorSettingsFile.h"
 #include "language/LanguageChoice.h"
 #include "launch/EditorCommandLine.h"
-#include "launch/LaunchContext.h"
+#include "launch/EditorLanguage.h"
 #include "launch/LaunchErrors.h"
-#include "launch/UiLanguage.h"
 #include "startup/StartupMonitor.h"
 #include "startup/StartupReport.h"
 #include "startup/WatchEditorStart.h"
@@ -26,33 +29,12 @@ inline constexpr LocalizedText kStartFailedBefore{L"Editor startup failed (exit 
 inline constexpr LocalizedText kStartFailedAfter{
     L"). Check the startup log in Saved/Logs.", L"）。请查看 Saved/Logs 中的启动日志。"};
 
-// The language the user asked for: the run's, else the saved one, else English, and then
-// the last -culture= (or, without one, the last -language=) among the pass-through words.
-Text RequestedLanguage(const LaunchContext& context)
+// The culture the editor starts with: the language asked for, mapped onto the install's list.
+Text ChooseEditorCulture(const LaunchContext& context)
 {
-    Text requested = context.language;
-    if (requested.empty()) {
-        requested = ReadEditorLanguageSetting(EditorSettingsPath(context.editorRoot));
-    }
-    if (requested.empty()) {
-        requested = L"en";
-    }
-    const Text* culture = nullptr;
-    const Text* language = nullptr;
-    for (const Text& argument : context.passThroughArguments) {
-        if (StartsWithIgnoringCase(argument, L"-culture=")) {
-            culture = &argument;
-        } else if (StartsWithIgnoringCase(argument, L"-language=")) {
-            language = &argument;
-        }
-    }
-    if (culture != nullptr) {
-        return culture->substr(9);
-    }
-    if (language != nullptr) {
-        return language->substr(10);
-    }
-    return requested;
+    const Text saved = context.language.empty() ? ReadEditorLanguageSetting(EditorSettingsPath(context.editorRoot)) : Text();
+    return ResolveLanguage(ListEditorLanguages(context.editorRoot),
+        RequestedEditorLanguage(context.language, saved, context.passThroughArguments));
 }
 
 // Switches under which the editor runs without a window worth waiting for.
@@ -83,50 +65,33 @@ Text StartFailureText(DWORD exitCode, TextView logPath)
     return text;
 }
 
-bool StartEditor(LaunchContext& context, const Text& editorPath, const Text& commandLine)
+// The editor ended, or was ended on a cancel, before its window stood: its exit code, and the
+// record forgets it.
+DWORD ForgetEditor(LaunchContext& context)
 {
-    std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
-    writable.push_back(L'\0');
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started{};
-    // No job and no inherited handles: the editor is the author's program and outlives us.
-    if (!CreateProcessW(editorPath.c_str(), writable.data(), nullptr, nullptr, FALSE, 0, nullptr,
-            context.editorRoot.c_str(), &startup, &started)) {
-        return false;
-    }
-    context.editorProcess.process.Reset(started.hProcess);
-    context.editorProcess.thread.Reset(started.hThread);
-    context.editorProcess.processId = started.dwProcessId;
-    context.editorProcess.threadId = started.dwThreadId;
-    context.editorStarted = true;
-    return true;
-}
-
-// The editor ended, or was ended on a cancel, before its window stood.
-void ForgetEditor(LaunchContext& context, DWORD& exitCode)
-{
-    exitCode = 1;
-    if (!GetExitCodeProcess(context.editorProcess.process.Get(), &exitCode)) {
+    DWORD exitCode = 1;
+    if (!GetExitCodeProcess(context.editorProcess.Process(), &exitCode)) {
         exitCode = 1;
     }
     context.editorProcess.Reset();
     context.editorStarted = false;
+    return exitCode;
 }
 
 }  // namespace
 
 bool LaunchEditor(LaunchContext& context, Text& error)
 {
-    StartupMonitor monitor(0, false, IsChineseUi(), &context.cancelRequested);
+    StartupMonitor monitor({.chinese = IsChineseUi(), .cancelFlag = &context.cancelRequested});
 
-    const Text culture = ResolveLanguage(ListEditorLanguages(context.editorRoot), RequestedLanguage(context));
-    // From here the progress window speaks the editor's language.
-    SetUiLanguage(culture);
+    const Text culture = ChooseEditorCulture(context);
     monitor.SetEditorCulture(culture);
+    // From here the launcher and its progress window speak the editor's language.
+    SetUiLanguage(culture);
+    monitor.SetChinese(IsChineseLanguageCode(culture));
     WriteStartupReport(monitor, context.startupReport);
 
-    const Text editorPath = JoinPath(context.editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
+    const Text editorPath = EditorExecutablePath(context.editorRoot);
     if (!IsRegularFile(editorPath)) {
         error = kEditorNotFoundMessage.Now();
         return false;
@@ -136,26 +101,53 @@ bool LaunchEditor(LaunchContext& context, Text& error)
     PreparationProgress progress;
     progress.phaseText = [&monitor](TextView text) { monitor.SetPhaseText(text); };
     progress.cacheState = [&monitor](std::int32_t cacheHit, bool verified) { monitor.SetCacheState(cacheHit, verified); };
-    if (!PrepareWorkspace(context, progress, error)) {
+    PreparationOutcome prepared;
+    const bool ready = PrepareWorkspace(
+        {
+            .editorRoot = context.editorRoot,
+            .sdk = context.preparationSdk,
+            .gameDirectory = context.gameDirectory,
+            .modFile = context.modFile,
+            .selectedMod = context.selectedMod,
+            .cancelFlag = &context.cancelRequested,
+        },
+        progress, prepared, error);
+    context.modFile = std::move(prepared.modFile);
+    if (!ready) {
         return false;
     }
+    context.modProjectFile = std::move(prepared.workspace->modProjectFile);
+    context.workspaceProject = std::move(prepared.workspace->editorProject);
+    context.selectedMod = std::move(prepared.workspace->modId);
     if (context.cancelRequested.load()) {
         error = kLaunchCancelledMessage.Now();
         return false;
     }
 
-    const EditorCommand command = BuildEditorCommandLine(context, editorPath, culture);
+    const EditorCommand command = BuildEditorCommandLine(
+        {
+            .editorPath = editorPath,
+            .workspaceProject = context.workspaceProject,
+            .gameDirectory = context.gameDirectory,
+            .selectedMod = context.selectedMod,
+            .modProjectFile = context.modProjectFile,
+            .editorCulture = culture,
+            .passThroughArguments = context.passThroughArguments,
+        },
+        context.editorRoot);
     const std::uint64_t startTime = CurrentFileTime();
-    if (!StartEditor(context, editorPath, command.commandLine)) {
+    // No job and no inherited handles: the editor is the author's program and outlives us.
+    if (!StartProcess({.application = editorPath, .commandLine = command.commandLine, .directory = context.editorRoot},
+            context.editorProcess)) {
         error = kEditorStartRefusedMessage.Now();
         return false;
     }
+    context.editorStarted = true;
 
     if (!RunsUnwatched(context.passThroughArguments) &&
-        !WatchEditorStart(monitor, context.editorProcess.process.Get(), context.editorProcess.processId,
-            context.cancelRequested, command.logPath, startTime)) {
-        DWORD exitCode = 1;
-        ForgetEditor(context, exitCode);
+        !WatchEditorStart(monitor, context.editorProcess.Process(), context.editorProcess.Id(), context.cancelRequested,
+            command.logPath, startTime)) {
+        const DWORD exitCode = ForgetEditor(context);
         error = context.cancelRequested.load() ? kLaunchCancelledMessage.Now() : StartFailureText(exitCode, command.logPath);
         return false;
     }

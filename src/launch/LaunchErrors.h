@@ -1,8 +1,8 @@
 #pragma once
 // The message box of every launch error, and the messages of the entry point.
 
+#include "context/UiLanguage.h"
 #include "foundation/Text.h"
-#include "launch/UiLanguage.h"
 
 namespace korvane {
 

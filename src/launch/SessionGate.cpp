@@ -1,7 +1,7 @@
 #include "launch/SessionGate.h"
 
+#include "context/SharedConstants.h"
 #include "foundation/Paths.h"
-#include "launch/LaunchContext.h"
 #include "launch/LaunchErrors.h"
 
 #include <tlhelp32.h>
@@ -16,7 +16,7 @@ namespace {
 // must finish the earlier session first.
 bool ReportSessionClosing(bool headless)
 {
-    ShowLaunchError(kSessionClosingMessage.Now(), headless, 9);
+    ShowLaunchError(kSessionClosingMessage.Now(), headless, kExitSessionInUse);
     return false;
 }
 
@@ -55,7 +55,7 @@ bool SessionEventExists(const wchar_t* name)
     return event.IsValid();
 }
 
-bool WaitForClosingEditor(const LaunchContext& context, const ClosingEditorWait& wait, const ClosingEditorLimits& limits)
+bool WaitForClosingEditor(TextView editorRoot, const ClosingEditorWait& wait, const ClosingEditorLimits& limits)
 {
     DWORD editorPid = wait.waitForEditorPid;
     if (editorPid == 0) {
@@ -63,7 +63,7 @@ bool WaitForClosingEditor(const LaunchContext& context, const ClosingEditorWait&
         if (wait.headless || wait.previewMode) {
             return true;
         }
-        editorPid = FindParentEditor(context);
+        editorPid = FindParentEditor(editorRoot);
         if (editorPid == 0) {
             return true;
         }
@@ -110,7 +110,7 @@ bool PassSessionGate(UniqueHandle& launcherEvent)
     return true;
 }
 
-DWORD FindParentEditor(const LaunchContext& context)
+DWORD FindParentEditor(TextView editorRoot)
 {
     const DWORD parentId = ParentProcessId();
     const UniqueHandle parent(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, parentId));
@@ -121,7 +121,7 @@ DWORD FindParentEditor(const LaunchContext& context)
     if (image.empty()) {
         return 0;
     }
-    const Text editor = NormalizePath(JoinPath(context.editorRoot, L"Engine/Binaries/Win64/UnrealEditor.exe"));
+    const Text editor = NormalizePath(EditorExecutablePath(editorRoot));
     const Text parentImage = NormalizePath(image);
     if (editor.empty() || parentImage.empty() || !EqualsIgnoringCase(editor, parentImage)) {
         return 0;

@@ -3,15 +3,13 @@
 // event, and the wait for an editor that is still closing. The events are used for their
 // existence alone; nobody signals them and nobody waits on them.
 
+#include "context/UiLanguage.h"
 #include "foundation/Text.h"
 #include "foundation/UniqueResource.h"
-#include "launch/UiLanguage.h"
 
 #include <windows.h>
 
 namespace korvane {
-
-struct LaunchContext;
 
 // Exists while an interactive Mod editor runs; the editor creates it.
 inline constexpr wchar_t kEditorSessionEventName[] = L"Local\\Korvane.AuthorEditor.Interactive";
@@ -44,8 +42,7 @@ struct ClosingEditorLimits {
 // had started that editor is gone. The editor is the explicit pid, or for an ordinary start
 // the parent process when it is this install's editor. True to go on. False when the run
 // must end with exit code 9; the closing message has then been shown unless `headless`.
-bool WaitForClosingEditor(const LaunchContext& context, const ClosingEditorWait& wait,
-    const ClosingEditorLimits& limits = {});
+bool WaitForClosingEditor(TextView editorRoot, const ClosingEditorWait& wait, const ClosingEditorLimits& limits = {});
 
 // True when the gate is passed; `launcherEvent` then holds the launcher's event, which must
 // stay open for as long as this launcher's session lasts. False when an editor or another
@@ -55,8 +52,9 @@ bool PassSessionGate(UniqueHandle& launcherEvent);
 // Whether a named event exists in this logon session.
 bool SessionEventExists(const wchar_t* name);
 
-// The parent process id when the parent is this install's UnrealEditor.exe, else 0.
+// The parent process id when the parent is the UnrealEditor.exe of the install at
+// `editorRoot`, else 0.
 // Letter case and slash direction of the two paths do not matter.
-DWORD FindParentEditor(const LaunchContext& context);
+DWORD FindParentEditor(TextView editorRoot);
 
 }  // namespace korvane

@@ -1,13 +1,14 @@
 #include "picker/Picker.h"
 
-#include "launch/LaunchContext.h"
+#include "context/LaunchContext.h"
+#include "context/SharedConstants.h"
 
 namespace korvane {
 
 int RunPicker(LaunchContext& /*context*/)
 {
     // The picker window is not part of this build yet; report that no main window stood.
-    return 7;
+    return kExitNoPickerWindow;
 }
 
 }  // namespace korvane

@@ -1,6 +1,6 @@
 #include "startup/CacheStatus.h"
 
-#include "launch/UiLanguage.h"
+#include "context/UiLanguage.h"
 
 namespace korvane {
 

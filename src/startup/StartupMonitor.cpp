@@ -8,14 +8,12 @@
 
 namespace korvane {
 
-StartupMonitor::StartupMonitor(std::uint32_t forcedDpi, bool noBackground, bool chinese, std::atomic<bool>* cancelFlag)
-    : readyEvent_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+StartupMonitor::StartupMonitor(const StartupMonitorOptions& options)
+    : options_(options),
+      readyEvent_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       startTick_(GetTickCount64()),
-      phaseText_(kOpeningEditorPhase.In(chinese)),
-      forcedDpi_(forcedDpi),
-      noBackground_(noBackground),
-      chinese_(chinese),
-      cancelFlag_(cancelFlag)
+      phaseText_(kOpeningEditorPhase.In(options.chinese)),
+      chinese_(options.chinese)
 {
     try {
         windowThread_ = std::thread(StartupWindowThread, std::ref(*this));
@@ -76,11 +74,13 @@ void StartupMonitor::SetCacheState(std::int32_t cacheHit, bool verified)
 
 void StartupMonitor::SetEditorCulture(TextView culture)
 {
-    {
-        const std::lock_guard<std::mutex> guard(lock_);
-        editorCulture_.assign(culture);
-    }
-    chinese_.store(culture == L"zh-Hans");
+    const std::lock_guard<std::mutex> guard(lock_);
+    editorCulture_.assign(culture);
+}
+
+void StartupMonitor::SetChinese(bool chinese)
+{
+    chinese_.store(chinese);
     PostRefresh();
 }
 
@@ -88,6 +88,20 @@ Text StartupMonitor::PhaseText() const
 {
     const std::lock_guard<std::mutex> guard(lock_);
     return phaseText_;
+}
+
+StartupDisplay StartupMonitor::Display() const
+{
+    StartupDisplay display;
+    {
+        const std::lock_guard<std::mutex> guard(lock_);
+        display.phaseText = phaseText_;
+        display.cacheStatusText = cacheStatusText_;
+    }
+    display.chinese = IsChinese();
+    display.showCancel = options_.cancelFlag != nullptr;
+    display.elapsedMs = ElapsedMs();
+    return display;
 }
 
 StartupSnapshot StartupMonitor::Snapshot() const
@@ -112,6 +126,39 @@ StartupSnapshot StartupMonitor::Snapshot() const
     snapshot.backgroundDrawn = backgroundDrawn_.load();
     snapshot.logoLoaded = logoLoaded_.load();
     return snapshot;
+}
+
+bool StartupMonitor::RequestCancel()
+{
+    if (!CanCancel()) {
+        return false;
+    }
+    options_.cancelFlag->store(true);
+    SetPhaseText(kCancellingPhase.In(IsChinese()));
+    return true;
+}
+
+void StartupMonitor::NoteAssetsLoaded(bool logoLoaded) noexcept
+{
+    logoLoaded_.store(logoLoaded);
+    assetLoadMs_.store(ElapsedMs());
+}
+
+void StartupMonitor::NotePaint(std::uint64_t durationMs, std::optional<bool> backgroundDrawn) noexcept
+{
+    if (backgroundDrawn) {
+        backgroundDrawn_.store(*backgroundDrawn);
+    }
+    paintCount_.fetch_add(1);
+    if (firstPaintMs_.load() == 0) {
+        firstDrawMs_.store(durationMs);
+        firstPaintMs_.store(ElapsedMs() + 1);
+    }
+}
+
+void StartupMonitor::SignalReady() noexcept
+{
+    SetEvent(readyEvent_.Get());
 }
 
 }  // namespace korvane

@@ -1,8 +1,8 @@
 #pragma once
 // The shared state behind the start-up progress window. The launch flow, the preparation and
 // the log watch write phase lines and the cache state into it from their threads; the window,
-// on a thread of its own, shows them; the report reads what it measured. Without a window
-// (it could not be made) the monitor keeps working: only the repaint is skipped.
+// on a thread of its own, shows them and reports what it measured; the report reads both.
+// Without a window (it could not be made) the monitor keeps working: only the repaint is skipped.
 
 #include "foundation/Text.h"
 #include "foundation/UniqueResource.h"
@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -23,6 +24,22 @@ inline constexpr UINT WM_STARTUP_REFRESH = 0x8029;
 inline constexpr DWORD kStartupWindowWaitMs = 5000;
 // The history of phase lines stops growing here; the line itself still changes.
 inline constexpr std::size_t kMaxObservedPhases = 128;
+
+struct StartupMonitorOptions {
+    std::uint32_t forcedDpi = 0;              // 0 follows the system
+    bool noBackground = false;                // the background art is not loaded
+    bool chinese = false;                     // language of the monitor's texts until the editor's is known
+    std::atomic<bool>* cancelFlag = nullptr;  // null: no Cancel, and a close ends the window (the preview)
+};
+
+// What the window draws at one moment.
+struct StartupDisplay {
+    Text phaseText;
+    Text cacheStatusText;
+    bool chinese = false;
+    bool showCancel = false;
+    std::uint64_t elapsedMs = 0;
+};
 
 // What the monitor measured and shows at one moment, copied for the report.
 struct StartupSnapshot {
@@ -46,9 +63,8 @@ struct StartupSnapshot {
 class StartupMonitor {
 public:
     // Starts the window thread and returns when the window stands or kStartupWindowWaitMs
-    // have passed. `forcedDpi` 0 follows the system. `cancelFlag` null: the window offers no
-    // Cancel and a close ends it (the start-up preview).
-    StartupMonitor(std::uint32_t forcedDpi, bool noBackground, bool chinese, std::atomic<bool>* cancelFlag);
+    // have passed.
+    explicit StartupMonitor(const StartupMonitorOptions& options);
     // Closes the window if Close has not done so yet.
     ~StartupMonitor();
     StartupMonitor(const StartupMonitor&) = delete;
@@ -58,10 +74,12 @@ public:
     void SetPhaseText(TextView text);
     // Callable from any thread. The status text is made in the monitor's own language.
     void SetCacheState(std::int32_t cacheHit, bool verified);
-    // Stores the culture the editor starts with and makes the monitor speak Chinese exactly
-    // for "zh-Hans" from now on. Texts published earlier keep their language. The caller sets
-    // UiLanguageFlag itself.
+    // Stores the culture the editor starts with. The caller then sets the language with
+    // SetChinese, and UiLanguageFlag itself.
     void SetEditorCulture(TextView culture);
+    // From now on the monitor's texts are made in Chinese, or English. Texts published earlier
+    // keep their language.
+    void SetChinese(bool chinese);
     // Ends the window: `closing` first, so that the close does not count as a cancel, then
     // WM_CLOSE and the join. Idempotent; call it from the owning thread.
     void Close();
@@ -72,12 +90,29 @@ public:
     Text PhaseText() const;
     StartupSnapshot Snapshot() const;
 
-private:
-    // The window thread's side: the timing fields, the window handle, `dpi` and the flags.
-    friend class StartupWindow;
+    // The window thread's side.
+    const StartupMonitorOptions& Options() const noexcept { return options_; }
+    StartupDisplay Display() const;
+    // Sets the cancel flag and shows "Cancelling…" when a cancel is possible: there is a flag
+    // and the owner is not closing the window. Gives whether it was.
+    bool RequestCancel();
+    bool CanCancel() const noexcept { return options_.cancelFlag != nullptr && !closing_.load(); }
+    bool IsClosing() const noexcept { return closing_.load(); }
+    void NoteDpi(std::uint32_t dpi) noexcept { dpi_.store(dpi); }
+    void NoteAssetsLoaded(bool logoLoaded) noexcept;
+    void NoteWindowCreated(std::uint64_t durationMs) noexcept { windowCreateMs_.store(durationMs); }
+    // A finished paint that took `durationMs`; `backgroundDrawn` when it tried the art.
+    void NotePaint(std::uint64_t durationMs, std::optional<bool> backgroundDrawn) noexcept;
+    // The window stands (or, with null, is gone): from now on refreshes reach it.
+    void PublishWindow(HWND window) noexcept { windowHandle_.store(window); }
+    // Construction may go on: the window stands or could not be made.
+    void SignalReady() noexcept;
 
+private:
+    std::uint64_t ElapsedMs() const noexcept { return GetTickCount64() - startTick_; }
     void PostRefresh() const noexcept;
 
+    const StartupMonitorOptions options_;
     std::thread windowThread_;
     std::atomic<HWND> windowHandle_{nullptr};
     UniqueHandle readyEvent_;
@@ -97,13 +132,9 @@ private:
     std::vector<Text> observedPhases_;
     Text editorCulture_;
 
-    // Written by the window thread only; read by the report.
     std::atomic<std::uint32_t> dpi_{96};
     std::atomic<bool> logoLoaded_{false};
-    const std::uint32_t forcedDpi_;
-    const bool noBackground_;
     std::atomic<bool> chinese_;
-    std::atomic<bool>* const cancelFlag_;
     std::atomic<bool> closing_{false};
     std::atomic<bool> backgroundDrawn_{false};
 };

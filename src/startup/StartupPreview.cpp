@@ -10,7 +10,7 @@ namespace korvane {
 int RunStartupPreview(const StartupPreviewOptions& options)
 {
     // No cancel flag: the preview's window has no Cancel button and a close ends it.
-    StartupMonitor monitor(options.dpi, options.noBackground, options.chinese, nullptr);
+    StartupMonitor monitor({.forcedDpi = options.dpi, .noBackground = options.noBackground, .chinese = options.chinese});
     if (!options.phaseText.empty()) {
         monitor.SetPhaseText(options.phaseText);
     }

@@ -2,7 +2,7 @@
 // The start-up window's own texts in both languages. The monitor picks the form by its own
 // language flag, which may differ from the process-wide one until the editor's culture is known.
 
-#include "launch/UiLanguage.h"
+#include "context/UiLanguage.h"
 
 namespace korvane {
 

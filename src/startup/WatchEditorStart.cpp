@@ -1,5 +1,6 @@
 #include "startup/WatchEditorStart.h"
 
+#include "context/SharedConstants.h"
 #include "startup/EditorLogFollower.h"
 #include "startup/EditorWindowSearch.h"
 #include "startup/StartupMarkers.h"
@@ -11,7 +12,6 @@ namespace {
 
 constexpr DWORD kWatchPollMs = 100;
 constexpr DWORD kWaitAfterKillMs = 5000;
-constexpr UINT kCancelledExitCode = 1223;
 
 bool ProcessStillRuns(HANDLE process)
 {

@@ -12,7 +12,7 @@ namespace korvane {
 
 class StartupMonitor;
 
-// Every 100 ms: ends the editor with code 1223 on a cancel, follows the log once (phase lines
+// Every 100 ms: ends the editor with kCancelledExitCode on a cancel, follows the log once (phase lines
 // go to the monitor) and looks for the editor's main window. True when the window stands;
 // false when the process ended first or was ended on a cancel. There is no overall limit.
 // `logPath` may be empty (then only windows are looked for). `notBefore` is a FILETIME as a

@@ -1,41 +1,39 @@
 #include "tool/LauncherCheck.h"
 
 #include "foundation/Paths.h"
-#include "foundation/UniqueResource.h"
+#include "foundation/Process.h"
 #include "host/AuthoringLayout.h"
-#include "launch/LaunchContext.h"
+#include "tool/ToolCommand.h"
 
 #include <windows.h>
 
 namespace korvane {
 
-bool RunLauncherCheck(const LaunchContext& context, TextView sdk, std::uint32_t timeLimitMs)
+bool RunLauncherCheck(TextView editorRoot, TextView sdk, std::uint32_t timeLimitMs)
 {
-    const Text toolPath = ResolveToolPath(context.editorRoot);
+    const Text toolPath = ResolveToolPath(editorRoot);
     if (toolPath.empty() || !IsRegularFile(toolPath)) {
         return false;
     }
-    Text commandLine = QuoteCommandArgument(toolPath) + L" sdk-info --sdk " + QuoteCommandArgument(sdk)
-        + L" --editor-root " + QuoteCommandArgument(context.editorRoot);
-
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESHOWWINDOW;
-    startup.wShowWindow = SW_HIDE;
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(toolPath.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-            context.editorRoot.c_str(), &startup, &started)) {
+    const Text commandLine = QuoteCommandArgument(toolPath) + L" " +
+        BuildToolCommand(ToolCommandKind::SdkInfo, {.sdk = sdk, .editorRoot = editorRoot});
+    StartedProcess tool;
+    // Its output is not read, so it goes nowhere: no files, no job, no polling.
+    const bool started = StartProcess({.application = toolPath,
+                                          .commandLine = commandLine,
+                                          .directory = editorRoot,
+                                          .creationFlags = CREATE_NO_WINDOW,
+                                          .show = SW_HIDE},
+        tool);
+    if (!started) {
         return false;
     }
-    const UniqueHandle process(started.hProcess);
-    const UniqueHandle thread(started.hThread);
-
     DWORD exitCode = 1;
-    if (WaitForSingleObject(process.Get(), timeLimitMs) != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(tool.Process(), timeLimitMs) != WAIT_OBJECT_0) {
         // The verdict is already failure; nothing waits for the kill to finish.
-        TerminateProcess(process.Get(), 1);
+        TerminateProcess(tool.Process(), 1);
     } else {
-        GetExitCodeProcess(process.Get(), &exitCode);
+        GetExitCodeProcess(tool.Process(), &exitCode);
     }
     return exitCode == 0;
 }

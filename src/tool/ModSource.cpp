@@ -1,7 +1,7 @@
 #include "tool/ModSource.h"
 
 #include "foundation/Json.h"
-#include "launch/LaunchContext.h"
+#include "tool/ToolCommand.h"
 #include "tool/ToolMessages.h"
 #include "tool/ToolRun.h"
 
@@ -20,19 +20,16 @@ Text FindModSourceInListing(BytesView listing, TextView modId)
     return {};
 }
 
-bool ResolveModSource(LaunchContext& context, Text& error)
+bool ResolveModSource(const ModSourceRequest& request, Text& modFile, Text& error)
 {
-    if (!context.modFile.empty() || context.selectedMod.empty()) {
+    if (!modFile.empty() || request.selectedMod.empty()) {
         return true;
     }
     ToolInvocation invocation;
-    invocation.editorRoot = context.editorRoot;
-    invocation.arguments = L"list-sources --sdk " + QuoteCommandArgument(context.launchTarget) + L" --editor-root "
-        + QuoteCommandArgument(context.editorRoot);
-    if (!context.gameDirectory.empty()) {
-        invocation.arguments += L" --game-root " + QuoteCommandArgument(context.gameDirectory);
-    }
-    invocation.cancelFlag = &context.cancelRequested;
+    invocation.editorRoot = request.editorRoot;
+    invocation.arguments = BuildToolCommand(ToolCommandKind::ListSources,
+        {.sdk = request.sdk, .gameRoot = request.gameDirectory, .editorRoot = request.editorRoot});
+    invocation.cancelFlag = request.cancelFlag;
 
     const ToolResult listing = RunTool(invocation);
     if (listing.exitCode != 0) {
@@ -40,12 +37,12 @@ bool ResolveModSource(LaunchContext& context, Text& error)
         return false;
     }
     try {
-        context.modFile = FindModSourceInListing(listing.output, context.selectedMod);
+        modFile = FindModSourceInListing(listing.output, request.selectedMod);
     } catch (const std::runtime_error&) {
         error = kInvalidSourceListingMessage.Now();
         return false;
     }
-    if (context.modFile.empty()) {
+    if (modFile.empty()) {
         error = kModSourceNotFoundMessage.Now();
         return false;
     }

@@ -1,5 +1,6 @@
 #include "tool/Preparation.h"
 
+#include "tool/ToolCommand.h"
 #include "tool/ToolMessages.h"
 
 #include <windows.h>
@@ -51,8 +52,8 @@ ToolResult RunPreparation(TextView editorRoot, TextView sdk, TextView modFile, T
 
     ToolInvocation resolve;
     resolve.editorRoot = editorRoot;
-    resolve.arguments = L"resolve-source --sdk " + QuoteCommandArgument(sdk) + L" --mod-file "
-        + QuoteCommandArgument(modFile) + L" --resolution " + *resolution;
+    resolve.arguments = BuildToolCommand(
+        ToolCommandKind::ResolveSource, {.sdk = sdk, .modFile = modFile, .resolution = *resolution});
     resolve.cancelFlag = cancelFlag;
     ToolResult resolved = RunTool(resolve);
     if (resolved.exitCode != 0) {

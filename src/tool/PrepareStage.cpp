@@ -1,6 +1,6 @@
 #include "tool/PrepareStage.h"
 
-#include "launch/UiLanguage.h"
+#include "context/UiLanguage.h"
 
 #include <iterator>
 

@@ -1,7 +1,7 @@
 #include "tool/ProgressFile.h"
 
+#include "context/UiLanguage.h"
 #include "foundation/Json.h"
-#include "launch/UiLanguage.h"
 #include "tool/PrepareStage.h"
 
 #include <stdexcept>

@@ -2,7 +2,7 @@
 // Every user-visible text of the tool bridge, in both of the launcher's languages. Texts that
 // carry a number are two pieces around it.
 
-#include "launch/UiLanguage.h"
+#include "context/UiLanguage.h"
 
 namespace korvane {
 

@@ -1,7 +1,9 @@
 #include "tool/ToolRun.h"
 
+#include "context/SharedConstants.h"
 #include "foundation/Files.h"
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "foundation/UniqueResource.h"
 #include "host/AuthoringLayout.h"
 #include "tool/ProgressFile.h"
@@ -23,31 +25,11 @@ bool IsSet(const std::atomic<bool>* flag) noexcept
     return flag != nullptr && flag->load();
 }
 
-// A handle the child inherits as one of its standard handles.
-UniqueFileHandle OpenInheritable(const Text& path, DWORD access, DWORD disposition, DWORD attributes)
+// A handle for the child's standard input, output or error.
+UniqueFileHandle OpenForChild(const Text& path, DWORD access, DWORD disposition, DWORD attributes)
 {
-    SECURITY_ATTRIBUTES security{};
-    security.nLength = sizeof(security);
-    security.bInheritHandle = TRUE;
     return UniqueFileHandle(CreateFileW(
-        path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &security, disposition, attributes, nullptr));
-}
-
-// A job that kills whatever is in it when its last handle closes; null when any step fails,
-// and the run then goes on without one.
-UniqueHandle PutIntoKillOnCloseJob(HANDLE process)
-{
-    UniqueHandle job(CreateJobObjectW(nullptr, nullptr));
-    if (!job) {
-        return {};
-    }
-    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    if (!SetInformationJobObject(job.Get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits))
-        || !AssignProcessToJobObject(job.Get(), process)) {
-        return {};
-    }
-    return job;
+        path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, attributes, nullptr));
 }
 
 // The processes still in the job, opened so that their end can be awaited once the job is
@@ -83,21 +65,12 @@ void WaitForAll(const std::vector<UniqueHandle>& processes, DWORD timeoutMs)
 
 }  // namespace
 
-Text BuildSdkArguments(TextView sdk, TextView gameDirectory)
-{
-    Text arguments = L" --sdk " + QuoteCommandArgument(sdk);
-    if (!gameDirectory.empty()) {
-        arguments += L" --game-root " + QuoteCommandArgument(gameDirectory);
-    }
-    return arguments;
-}
-
 ToolResult RunTool(const ToolInvocation& invocation, std::uint64_t timeLimitMs)
 {
     ToolResult result;
     const Text toolPath = ResolveToolPath(invocation.editorRoot);
     if (IsSet(invocation.cancelFlag)) {
-        result.exitCode = kToolCancelledExitCode;
+        result.exitCode = kCancelledExitCode;
         result.error = kToolCancelledMessage.Now();
         return result;
     }
@@ -113,50 +86,49 @@ ToolResult RunTool(const ToolInvocation& invocation, std::uint64_t timeLimitMs)
         return result;
     }
 
-    PROCESS_INFORMATION started{};
-    BOOL startedOk = FALSE;
-    DWORD startError = 0;
+    // Made before the start, so that the child is in it before it can start anything of its
+    // own. A tool that cannot be held in a job still runs; only its leftovers outlive it then.
+    UniqueHandle job = MakeKillOnCloseJob();
+    StartedProcess child;
     {
         // Closed in the parent as soon as the child has them (or has failed to start).
-        UniqueFileHandle output = OpenInheritable(
-            outputFile.Path(), GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY);
-        UniqueFileHandle error = OpenInheritable(
-            errorFile.Path(), GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY);
-        UniqueFileHandle input = OpenInheritable(L"NUL", GENERIC_READ, OPEN_EXISTING, 0);
+        const UniqueFileHandle output =
+            OpenForChild(outputFile.Path(), GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY);
+        const UniqueFileHandle error =
+            OpenForChild(errorFile.Path(), GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY);
+        const UniqueFileHandle input = OpenForChild(L"NUL", GENERIC_READ, OPEN_EXISTING, 0);
         if (!output || !error || !input) {
             result.error = kToolOutputOpenMessage.Now();
             return result;
         }
-
-        Text commandLine = QuoteCommandArgument(toolPath) + L" " + invocation.arguments;
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-        startup.wShowWindow = SW_HIDE;
-        startup.hStdInput = input.Get();
-        startup.hStdOutput = output.Get();
-        startup.hStdError = error.Get();
-        // Suspended, so that the child is in its job before it can start anything of its own.
-        startedOk = CreateProcessW(toolPath.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
-            CREATE_NO_WINDOW | CREATE_SUSPENDED, nullptr, invocation.editorRoot.c_str(), &startup, &started);
-        startError = GetLastError();
+        const Text commandLine = QuoteCommandArgument(toolPath) + L" " + invocation.arguments;
+        const bool started = StartProcess(
+            {
+                .application = toolPath,
+                .commandLine = commandLine,
+                .directory = invocation.editorRoot,
+                .creationFlags = CREATE_NO_WINDOW,
+                .show = SW_HIDE,
+                .standard = {.input = input.Get(), .output = output.Get(), .error = error.Get()},
+                .job = job.Get(),
+            },
+            child);
+        if (!started) {
+            result.error = ToolStartFailedText(GetLastError());
+            return result;
+        }
     }
-    if (!startedOk) {
-        result.error = ToolStartFailedText(startError);
-        return result;
+    if (!child.InJob()) {
+        job.Reset();
     }
-    UniqueHandle process(started.hProcess);
-    UniqueHandle thread(started.hThread);
-    UniqueHandle job = PutIntoKillOnCloseJob(process.Get());
 
-    ResumeThread(thread.Get());
     const ULONGLONG startTick = GetTickCount64();
     const bool followProgress = !invocation.progressFile.empty() && invocation.progressCallback != nullptr;
     ProgressFileFollower progress;
 
     bool kill = false;
     for (;;) {
-        if (WaitForSingleObject(process.Get(), kPollMs) != WAIT_TIMEOUT) {
+        if (WaitForSingleObject(child.Process(), kPollMs) != WAIT_TIMEOUT) {
             break;
         }
         if (IsSet(invocation.cancelFlag) || GetTickCount64() - startTick > timeLimitMs) {
@@ -172,19 +144,18 @@ ToolResult RunTool(const ToolInvocation& invocation, std::uint64_t timeLimitMs)
 
     if (kill) {
         if (job) {
-            TerminateJobObject(job.Get(), kToolCancelledExitCode);
+            TerminateJobObject(job.Get(), kCancelledExitCode);
         } else {
-            TerminateProcess(process.Get(), kToolCancelledExitCode);
+            TerminateProcess(child.Process(), kCancelledExitCode);
         }
-        WaitForSingleObject(process.Get(), kKillWaitMs);
+        WaitForSingleObject(child.Process(), kKillWaitMs);
         result.error = IsSet(invocation.cancelFlag) ? kToolCancelledMessage.Now() : kToolTimedOutMessage.Now();
     }
 
     DWORD exitCode = 1;
-    GetExitCodeProcess(process.Get(), &exitCode);
+    GetExitCodeProcess(child.Process(), &exitCode);
     result.exitCode = exitCode;
-    thread.Reset();
-    process.Reset();
+    child.Reset();
     if (job) {
         // Closing the job ends whatever the tool left running.
         const std::vector<UniqueHandle> leftovers = OpenJobMembers(job.Get());

@@ -13,8 +13,6 @@ namespace korvane {
 
 // Every command gets the same limit; the message speaks of preparation all the same.
 inline constexpr std::uint64_t kToolTimeLimitMs = 600000;
-// The exit code of a run that was cancelled or timed out (ERROR_CANCELLED).
-inline constexpr std::uint32_t kToolCancelledExitCode = 1223;
 
 struct ToolInvocation {
     Text editorRoot;                                  // base of the tool path, the child's folder
@@ -26,7 +24,7 @@ struct ToolInvocation {
 };
 
 struct ToolResult {
-    std::uint32_t exitCode = 1;   // 1223 for a cancel or time-out; 1 when nothing was started
+    std::uint32_t exitCode = 1;   // kCancelledExitCode for a cancel or time-out; 1 when nothing was started
     Bytes output;                 // standard output, at most 8 MiB, else empty
     Text error;                   // for the user, at most 8192 units; empty on success
     std::int32_t cacheHit = -1;   // -1 not reported, 0 created, 1 hit
@@ -36,9 +34,5 @@ struct ToolResult {
 // expected failure is told in the result. `timeLimitMs` exists for tests; the product
 // always runs with the constant.
 ToolResult RunTool(const ToolInvocation& invocation, std::uint64_t timeLimitMs = kToolTimeLimitMs);
-
-// " --sdk <sdk>" and, for a game directory, " --game-root <dir>", quoted; the leading blank
-// lets a caller write the command word directly in front.
-Text BuildSdkArguments(TextView sdk, TextView gameDirectory);
 
 }  // namespace korvane

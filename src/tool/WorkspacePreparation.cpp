@@ -4,10 +4,9 @@
 #include "foundation/Paths.h"
 #include "host/AuthoringLayout.h"
 #include "host/LaunchSelection.h"
-#include "launch/LaunchContext.h"
 #include "tool/ModSource.h"
 #include "tool/Preparation.h"
-#include "tool/SelectionFile.h"
+#include "tool/ToolCommand.h"
 #include "tool/ToolMessages.h"
 
 #include <windows.h>
@@ -32,19 +31,23 @@ Text CreateSelectionTempFile()
 
 }  // namespace
 
-bool PrepareWorkspace(LaunchContext& context, const PreparationProgress& progress, Text& error)
+bool PrepareWorkspace(const WorkspaceRequest& request, const PreparationProgress& progress, PreparationOutcome& outcome,
+    Text& error)
 {
+    outcome = {Text(request.modFile), std::nullopt};
     if (progress.phaseText) {
         progress.phaseText(kPreparingLine.Now());
     }
-    if (context.preparationSdk.empty()) {
+    if (request.sdk.empty()) {
         error = kNoSdkMessage.Now();
         return false;
     }
-    if (!ResolveModSource(context, error)) {
+    const ModSourceRequest lookup{
+        request.editorRoot, request.sdk, request.gameDirectory, request.selectedMod, request.cancelFlag};
+    if (!ResolveModSource(lookup, outcome.modFile, error)) {
         return false;
     }
-    const Text toolPath = ResolveToolPath(context.editorRoot);
+    const Text toolPath = ResolveToolPath(request.editorRoot);
     if (toolPath.empty() || !IsRegularFile(toolPath)) {
         error = kPreparationToolMissingMessage.Now();
         return false;
@@ -54,44 +57,39 @@ bool PrepareWorkspace(LaunchContext& context, const PreparationProgress& progres
         error = kSelectionFileMessage.Now();
         return false;
     }
-
-    Text arguments = L"prepare --sdk " + QuoteCommandArgument(context.preparationSdk) + L" --editor-root "
-        + QuoteCommandArgument(context.editorRoot) + L" --selection-file " + QuoteCommandArgument(selectionFile.Path());
-    if (!context.gameDirectory.empty()) {
-        arguments += L" --game-root " + QuoteCommandArgument(context.gameDirectory);
-    }
-    arguments += L" --mod-file " + QuoteCommandArgument(context.modFile);
-
     // Without a name the run simply goes without live progress or timing.
     const TemporaryFile progressFile(CreateLauncherTempFile());
     const TemporaryFile timingFile(CreateLauncherTempFile());
     if (progress.cacheState) {
         progress.cacheState(-1, false);
     }
-    arguments += L" --progress-file " + QuoteCommandArgument(progressFile.Path()) + L" --timing-report "
-        + QuoteCommandArgument(timingFile.Path());
+    const Text arguments = BuildToolCommand(ToolCommandKind::Prepare,
+        {
+            .sdk = request.sdk,
+            .gameRoot = request.gameDirectory,
+            .editorRoot = request.editorRoot,
+            .selectionFile = selectionFile.Path(),
+            .modFile = outcome.modFile,
+            .progressFile = progressFile.Path(),
+            .timingReport = timingFile.Path(),
+        });
 
-    const ToolResult result = RunPreparation(context.editorRoot, context.preparationSdk, context.modFile, arguments,
-        &context.cancelRequested, progressFile.Path(), progress.phaseText, timingFile.Path());
+    const ToolResult result = RunPreparation(request.editorRoot, request.sdk, outcome.modFile, arguments,
+        request.cancelFlag, progressFile.Path(), progress.phaseText, timingFile.Path());
 
-    bool answered = false;
     if (result.exitCode == 0) {
         if (progress.cacheState) {
             progress.cacheState(result.cacheHit, true);
         }
         // Remembered before the answer is judged: a refused workspace still leaves the SDK
         // and game for the next start.
-        SaveLaunchSelection(context, context.preparationSdk, context.gameDirectory);
-        if (auto selection = JudgeSelectionFile(ReadSelectionFile(selectionFile.Path()), context.selectedMod)) {
-            context.modProjectFile = std::move(selection->modProjectFile);
-            context.launchTarget = std::move(selection->editorProject);
-            context.selectedMod = std::move(selection->modId);
-            answered = true;
-        }
+        SaveLaunchSelection(request.editorRoot, request.sdk, request.gameDirectory);
+        outcome.workspace = JudgeSelectionFile(ReadSelectionFile(selectionFile.Path()), request.selectedMod);
     }
-    if (answered && !context.modProjectFile.empty()) {
+    if (outcome.workspace && !outcome.workspace->modProjectFile.empty()) {
         return true;
     }
+    outcome.workspace.reset();
     error = result.error.empty() ? kWorkspaceCheckMessage.Now() : result.error;
     return false;
 }

@@ -7,7 +7,6 @@
 #include "foundation/Paths.h"
 #include "host/HostConfiguration.h"
 #include "host/HostEnvironment.h"
-#include "launch/LaunchContext.h"
 
 #include <gtest/gtest.h>
 
@@ -105,16 +104,12 @@ TEST(HostConfiguration, WhatAFileDecides)
 TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNothing)
 {
     const ConfiguredInstall setup(L"config-refusals");
-    LaunchContext context;
-    context.editorRoot = setup.Root();
-    Text game;
+    const std::vector<Text> passThrough{L"-culture=de"};
+    HostChoice choice;
     const auto failure = [&](BytesView configuration) -> std::string {
-        game.clear();
-        context.requestedSdk.clear();
-        context.passThroughArguments = {L"-culture=de"};
         testing::WriteFileBytes(setup.ConfigFile(), configuration);
         try {
-            ApplyHostConfiguration(context, game);
+            choice = ApplyHostConfiguration({setup.Root(), L"", L"", passThrough});
         } catch (const std::runtime_error& error) {
             return error.what();
         }
@@ -161,11 +156,11 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
     // The command line's SDK is held to the package too.
     setup.Expect(valid, {L"-sdk=" + setup / L"Out\\Out.kvsdk"}, 3);
 
-    // Exactly at the limit the file is read; the word goes after the arguments already there.
+    // Exactly at the limit the file is read, and the step names game, SDK and environment.
     const Bytes atLimit = Replace(valid, "{", "{" + Bytes(65536 - valid.size(), ' '));
     EXPECT_EQ(failure(atLimit), "");
-    EXPECT_EQ(std::tie(game, context.requestedSdk), std::make_tuple(setup / L"Title", setup / L"Title\\Title.kvsdk"));
-    EXPECT_EQ(context.passThroughArguments, (std::vector<Text>{L"-culture=de", L"-KorvaneHostEnvironment=packaged"}));
+    EXPECT_EQ(std::tie(choice.gameDirectory, choice.sdk, choice.environmentArgument),
+        std::make_tuple(setup / L"Title", setup / L"Title\\Title.kvsdk", Text(L"-KorvaneHostEnvironment=packaged")));
     setup.Expect(atLimit, {}, 0, setup / L"Title", setup / L"Title\\Title.kvsdk", L"packaged");
     if (link.IsMade()) {
         // The linked path is taken untested for a developer, and a link that is the game itself is not examined.

@@ -4,7 +4,6 @@
 #include "foundation/KnownFolders.h"
 #include "foundation/Paths.h"
 #include "host/LaunchSelection.h"
-#include "launch/LaunchContext.h"
 
 #include <gtest/gtest.h>
 
@@ -31,13 +30,11 @@ TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteFo
     const Text root = scratch / L"Install", game = scratch / L"\x6E38\x620F Q", any = scratch / L"Elsewhere\\Any.kvsdk";
     const SelectionStore store(root);
     const Text storeFolder = ParentPath(store.Path());
-    LaunchContext context;
-    context.editorRoot = root;
     MakeGameInstall(game);
     MakeGameProject(scratch / L"Project");
     MakeTree(scratch.Path(), {L"Install\\", L"Plain\\P.kvsdk", L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\",
         L"\x6E38\x620F QX\\x.kvsdk", L"\x6E38\x620F Q\\\x00C9.kvsdk"});
-    EXPECT_FALSE(SaveLaunchSelection(context, any, game)) << "packaged SDK outside its game";
+    EXPECT_FALSE(SaveLaunchSelection(root, any, game)) << "packaged SDK outside its game";
     EXPECT_FALSE(testing::FileExists(storeFolder)) << "a refused save creates no folder";
 
     const Bytes older = "{\"schemaVersion\":1,\"older\":true}";
@@ -53,24 +50,21 @@ TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteFo
         {JoinPath(game, L"Sdk\\Any.kvsdk"), game},            // behind a link, when one could be made
     };
     for (const auto& [sdk, host] : refusals) {
-        EXPECT_FALSE(SaveLaunchSelection(context, sdk, host)) << TextToUtf8(sdk);
+        EXPECT_FALSE(SaveLaunchSelection(root, sdk, host)) << TextToUtf8(sdk);
     }
-    context.pickerPreview = true;
-    EXPECT_FALSE(SaveLaunchSelection(context, any, L"")) << "a preview never touches the store";
     EXPECT_EQ(store.Read(), older);
-    context.pickerPreview = false;
 
     // Paths are stored normalised, non-ASCII text as UTF-8, and no sibling is left behind.
-    EXPECT_TRUE(SaveLaunchSelection(context, game + L"\\sub\\..\\\x00C9.kvsdk", game + L"/"));
+    EXPECT_TRUE(SaveLaunchSelection(root, game + L"\\sub\\..\\\x00C9.kvsdk", game + L"/"));
     EXPECT_EQ(store.Read(), SelectionBytes(root, L"packaged", game, game + L"\\\x00C9.kvsdk"));
     EXPECT_NE(store.Read().find("\xE6\xB8\xB8\xE6\x88\x8F Q\\\\\xC3\x89.kvsdk\"}"), Bytes::npos);
     EXPECT_EQ(SnapshotTree(storeFolder).size(), 1u);
-    EXPECT_TRUE(SaveLaunchSelection(context, any, scratch / L"Project")) << "a developer's SDK may lie anywhere";
+    EXPECT_TRUE(SaveLaunchSelection(root, any, scratch / L"Project")) << "a developer's SDK may lie anywhere";
     EXPECT_EQ(store.Read(), SelectionBytes(root, L"developer", scratch / L"Project", any));
-    EXPECT_TRUE(SaveLaunchSelection(context, any, L""));
+    EXPECT_TRUE(SaveLaunchSelection(root, any, L""));
     EXPECT_EQ(store.Read(), SelectionBytes(root, L"standalone", L"", any));
     // The save does not judge the game: a folder that is no game is written all the same.
-    EXPECT_TRUE(SaveLaunchSelection(context, scratch / L"Plain\\P.kvsdk", scratch / L"Plain"));
+    EXPECT_TRUE(SaveLaunchSelection(root, scratch / L"Plain\\P.kvsdk", scratch / L"Plain"));
     EXPECT_EQ(store.Read(), SelectionBytes(root, L"packaged", scratch / L"Plain", scratch / L"Plain\\P.kvsdk"));
 }
 

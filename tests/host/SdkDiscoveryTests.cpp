@@ -1,9 +1,9 @@
 // Game folders told from other folders, and the one SDK of a folder, on real trees.
 #include "HostFixtures.h"
 
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "host/SdkDiscovery.h"
-#include "launch/UiLanguage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "launch/EntryOptions.h"
 
-#include "launch/LaunchContext.h"
-#include "launch/UiLanguage.h"
+#include "context/LaunchContext.h"
+#include "context/UiLanguage.h"
 
 #include <gtest/gtest.h>
 
@@ -39,12 +39,12 @@ Text Describe(const std::vector<Text>& arguments)
     text(L"language", c.language);
     flag(L"chineseUi", IsChineseUi());
     flag(L"startup", o.startupPreview);
-    flag(L"noBackground", o.startupPreviewNoBackground);
-    flag(L"startupChinese", o.startupPreviewChinese);
-    number(L"startupDpi", o.startupPreviewDpi, 96);
-    number(L"startupMs", o.startupPreviewMs, 3000);
-    text(L"startupReport", o.startupReportPath);
-    text(L"phase", o.startupPhaseText);
+    flag(L"noBackground", o.startupPreviewOptions.noBackground);
+    flag(L"startupChinese", o.startupPreviewOptions.chinese);
+    number(L"startupDpi", o.startupPreviewOptions.dpi, 96);
+    number(L"startupMs", o.startupPreviewOptions.durationMs, 3000);
+    text(L"startupReport", o.startupPreviewOptions.reportPath);
+    text(L"phase", o.startupPreviewOptions.phaseText);
     number(L"pid", o.waitForEditorPid, 0);
     text(L"game", o.requestedGameDirectory);
     text(L"sdk", c.requestedSdk);

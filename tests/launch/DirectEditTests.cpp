@@ -4,10 +4,10 @@
 #include "SampleInstall.h"
 #include "TestSupport.h"
 
+#include "context/LaunchContext.h"
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
-#include "launch/LaunchContext.h"
 #include "launch/LaunchEditor.h"
-#include "launch/UiLanguage.h"
 
 #include <gtest/gtest.h>
 
@@ -297,7 +297,7 @@ TEST(DirectEdit, RepeatedLaunchesInOneProcessLeakNoHandles)
         Text error;
         ASSERT_TRUE(LaunchEditor(context, error)) << error;
         ASSERT_TRUE(context.editorStarted);
-        EXPECT_EQ(WaitForSingleObject(context.editorProcess.process.Get(), 60000), WAIT_OBJECT_0);
+        EXPECT_EQ(WaitForSingleObject(context.editorProcess.Process(), 60000), WAIT_OBJECT_0);
         context.editorProcess.Reset();
     };
     for (int warmUp = 0; warmUp < 3; ++warmUp) {

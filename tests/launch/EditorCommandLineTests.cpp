@@ -6,7 +6,6 @@
 #include "foundation/Paths.h"
 #include "launch/EditorCommandLine.h"
 #include "launch/EditorEnvironment.h"
-#include "launch/LaunchContext.h"
 
 #include <gtest/gtest.h>
 
@@ -100,12 +99,7 @@ struct LaunchFixture {
           savedCache(EnvironmentValue(kLocalDataCacheVariable))
     {
         RemoveDirectoryW(cacheFolder.c_str());
-        context.editorRoot = scratch / L"install";
-        testing::MakeDirectories(context.editorRoot);
-        context.launchTarget = scratch / L"work space\\Mod\\KorvaneSDK.uproject";
-        context.gameDirectory = scratch / L"game";
-        context.selectedMod = L"mod.one";
-        context.modProjectFile = scratch / L"work space\\Mod\\Mod.kmodproject";
+        testing::MakeDirectories(editorRoot);
         SetEnvironmentVariableW(kSdksRootVariable, L"C:\\Elsewhere\\SDKs");
     }
     ~LaunchFixture()
@@ -116,20 +110,26 @@ struct LaunchFixture {
 
     void WriteReceipt(BytesView bytes) const
     {
-        testing::WriteFileBytes(JoinPath(context.editorRoot, L"KorvaneEditor.receipt.json"), bytes);
+        testing::WriteFileBytes(JoinPath(editorRoot, L"KorvaneEditor.receipt.json"), bytes);
     }
-    EditorCommand Build() const { return BuildEditorCommandLine(context, EditorPath(), L"zh-Hans"); }
-    Text EditorPath() const { return JoinPath(context.editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"); }
+    EditorCommandInputs Inputs() const
+    {
+        return {editorPath, workspaceProject, gameDirectory, selectedMod, modProjectFile, L"zh-Hans", passThrough};
+    }
+    EditorCommand Build() const { return BuildEditorCommandLine(Inputs(), editorRoot); }
     Text ExpectedBase(TextView logPath) const
     {
-        return AssembleEditorCommandLine({EditorPath(), context.launchTarget, context.gameDirectory,
-                                             context.selectedMod, context.modProjectFile, L"zh-Hans",
-                                             context.passThroughArguments},
-            logPath);
+        return AssembleEditorCommandLine(Inputs(), logPath);
     }
 
     testing::ScratchDirectory scratch{L"editor-command"};
-    LaunchContext context;
+    Text editorRoot = scratch / L"install";
+    Text editorPath = JoinPath(editorRoot, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
+    Text workspaceProject = scratch / L"work space\\Mod\\KorvaneSDK.uproject";
+    Text gameDirectory = scratch / L"game";
+    Text selectedMod = L"mod.one";
+    Text modProjectFile = scratch / L"work space\\Mod\\Mod.kmodproject";
+    std::vector<Text> passThrough;
     Text cacheFolder;
     std::optional<Text> savedCache;
 };
@@ -165,7 +165,7 @@ TEST(EditorCommandLine, StartPreparesLogFolderCacheAndEnvironment)
     // The user's last -ABSLOG= in any letter case is the log, and the user's cache word stops the
     // launcher's; the variable is set all the same.
     SetEnvironmentVariableW(kLocalDataCacheVariable, L"before");
-    fixture.context.passThroughArguments = {L"-ABSLOG=C:\\first.log",
+    fixture.passThrough = {L"-ABSLOG=C:\\first.log",
         L"-abslog=" + fixture.scratch / L"logs\\..\\logs\\mine.log", L"-LocalDataCachePath=E:\\Cache"};
     const EditorCommand user = fixture.Build();
     EXPECT_EQ(user.logPath, fixture.scratch / L"logs\\mine.log");

@@ -5,7 +5,6 @@
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
-#include "launch/LaunchContext.h"
 #include "launch/SessionGate.h"
 
 #include <gtest/gtest.h>
@@ -160,8 +159,7 @@ TEST(SessionGate, InstanceCheckSeesLaunchersAndEditorsAndLeavesNothing)
 
 TEST(ClosingEditorWait, GoesOnOnceTheEditorAndItsLauncherAreGone)
 {
-    LaunchContext context;
-    context.editorRoot = L"C:\\nowhere";  // the test program is no editor of this install
+    const Text editorRoot = L"C:\\nowhere";  // the test program is no editor of this install
     const ClosingEditorLimits quick{300, 300, kEarlierLauncherPollMs};
     const DWORD ended = EndedProcessId();
     ParentEditor editor(ParentEditorProgram());
@@ -180,13 +178,13 @@ TEST(ClosingEditorWait, GoesOnOnceTheEditorAndItsLauncherAreGone)
     };
     for (const auto& row : rows) {
         const UniqueHandle held = row.launcherHeld ? HoldEvent(kLauncherSessionEventName) : UniqueHandle();
-        EXPECT_EQ(WaitForClosingEditor(context, row.wait, quick), row.goesOn) << row.wait.waitForEditorPid;
+        EXPECT_EQ(WaitForClosingEditor(editorRoot, row.wait, quick), row.goesOn) << row.wait.waitForEditorPid;
     }
 
     // An earlier launcher that goes while the new one polls, with the shipped limits.
     UniqueHandle launcher = HoldEvent(kLauncherSessionEventName);
     bool goesOn = false;
-    std::thread waiter([&] { goesOn = WaitForClosingEditor(context, {ended, true, false}); });
+    std::thread waiter([&] { goesOn = WaitForClosingEditor(editorRoot, {ended, true, false}); });
     launcher.Reset();
     waiter.join();
     EXPECT_TRUE(goesOn);

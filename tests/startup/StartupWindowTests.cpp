@@ -3,8 +3,8 @@
 // cancel or close the window.
 #include "TestSupport.h"
 
-#include "foundation/GdiSelection.h"
 #include "foundation/GdiplusSession.h"
+#include "foundation/GdiSelection.h"
 #include "foundation/Paths.h"
 #include "startup/StartupMonitor.h"
 #include "startup/StartupPaint.h"
@@ -127,7 +127,7 @@ void CheckCard(std::uint32_t dpi, bool chinese)
 {
     SCOPED_TRACE(::testing::Message() << "dpi " << dpi << (chinese ? " zh" : " en"));
     std::atomic<bool> cancel{false};
-    StartupMonitor monitor(dpi, false, chinese, &cancel);
+    StartupMonitor monitor({.forcedDpi = dpi, .chinese = chinese, .cancelFlag = &cancel});
     const HWND window = monitor.WindowHandle();
     ASSERT_NE(window, nullptr);
     monitor.SetPhaseText(chinese ? L"正在初始化编辑器引擎…" : L"Initializing the Editor engine…");
@@ -231,7 +231,7 @@ TEST(StartupCard, LongTextsStopAtTheirRectangles)
 TEST(StartupWindow, ForcedDpiIgnoresDpiChangesAndAFollowingWindowResizes)
 {
     for (const std::uint32_t forced : {144u, 0u}) {
-        StartupMonitor monitor(forced, true, false, nullptr);
+        StartupMonitor monitor({.forcedDpi = forced, .noBackground = true});
         ASSERT_NE(monitor.WindowHandle(), nullptr);
         EXPECT_EQ(monitor.Snapshot().dpi, forced == 0 ? GetDpiForSystem() : forced);
         RECT suggested{10, 20, 10 + 1440, 20 + 740};
@@ -248,7 +248,7 @@ TEST(StartupWindow, ClickEscapeAndCloseCancelWhileACancelIsPossible)
 {
     std::atomic<bool> cancel{false};
     {
-        StartupMonitor monitor(144, true, false, &cancel);
+        StartupMonitor monitor({.forcedDpi = 144, .noBackground = true, .cancelFlag = &cancel});
         const HWND window = monitor.WindowHandle();
         ASSERT_NE(window, nullptr);
         const RECT button = CancelButtonRect(144);
@@ -264,13 +264,13 @@ TEST(StartupWindow, ClickEscapeAndCloseCancelWhileACancelIsPossible)
     }
     cancel = false;
     {
-        StartupMonitor monitor(96, true, true, &cancel);
+        StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .chinese = true, .cancelFlag = &cancel});
         SendMessageW(monitor.WindowHandle(), WM_KEYDOWN, VK_ESCAPE, 0);
         EXPECT_TRUE(cancel.load());
         EXPECT_EQ(monitor.PhaseText(), L"正在取消…");
     }
     cancel = false;
-    StartupMonitor monitor(96, true, false, &cancel);
+    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
     const HWND window = monitor.WindowHandle();
     SendMessageW(window, WM_CLOSE, 0, 0);
     EXPECT_TRUE(cancel.load());
@@ -285,7 +285,7 @@ TEST(StartupWindow, ClickEscapeAndCloseCancelWhileACancelIsPossible)
 
 TEST(StartupWindow, WithoutAFlagThereIsNoButtonAndACloseEndsTheWindow)
 {
-    StartupMonitor preview(96, true, false, nullptr);
+    StartupMonitor preview({.forcedDpi = 96, .noBackground = true});
     const HWND window = preview.WindowHandle();
     const Picture image = Picture::OfWindow(window, [](const Picture& shown) { return shown.At(5, 5) == kBase; });
     EXPECT_EQ(image.At(715, 365), kBase) << "no art: the base fill";

@@ -60,7 +60,7 @@ TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
     const Text log = scratch / L"Saved\\Logs\\KorvaneLauncher-1-2.log";
     testing::MakeDirectories(scratch / L"Saved\\Logs");
     std::atomic<bool> cancel{false};
-    StartupMonitor monitor(96, true, false, &cancel);
+    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
     const std::uint64_t notBefore = Now();
     testing::ChildProcess child = StartChild({L"--log=" + log, L"--write=LogInit: Display: Running engine",
         L"--write=LogShaderCompilers: Display: Compiling shader autogen file: a",
@@ -84,7 +84,7 @@ TEST(WatchEditorStart, OldLogOrNoLogLeavesOnlyTheWindowSearch)
     testing::WriteFileBytes(log, "LogEngine: Initializing Engine...\n");
     std::atomic<bool> cancel{false};
     for (const bool chinese : {true, false}) {
-        StartupMonitor monitor(96, true, chinese, &cancel);
+        StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .chinese = chinese, .cancelFlag = &cancel});
         testing::ChildProcess child = StartChild({L"--window=800x600", L"--stay"});
         // In Chinese the log is an hour too old; in English there is none.
         EXPECT_TRUE(WatchEditorStart(

@@ -1,5 +1,6 @@
 #include "TestSupport.h"
 
+#include "context/UiLanguage.h"
 #include "foundation/Files.h"
 #include "foundation/Paths.h"
 
@@ -28,6 +29,16 @@ Text BuiltLauncherPath()
 Text StandinPath(TextView fileName)
 {
     return JoinPath(JoinPath(BinaryDirectory(), L"standins"), fileName);
+}
+
+ScopedUiLanguage::ScopedUiLanguage(TextView languageCode) : previous_(UiLanguageFlag.load())
+{
+    SetUiLanguage(languageCode);
+}
+
+ScopedUiLanguage::~ScopedUiLanguage()
+{
+    UiLanguageFlag.exchange(previous_);
 }
 
 namespace {

@@ -21,6 +21,19 @@ Text BuiltLauncherPath();
 // A stand-in program: bin\standins\<name>.
 Text StandinPath(TextView fileName);
 
+// Sets the process-wide UI language for a scope and puts the earlier one back on every way out,
+// so that a failing test leaves no Chinese behind for the next one.
+class ScopedUiLanguage {
+public:
+    explicit ScopedUiLanguage(TextView languageCode);
+    ~ScopedUiLanguage();
+    ScopedUiLanguage(const ScopedUiLanguage&) = delete;
+    ScopedUiLanguage& operator=(const ScopedUiLanguage&) = delete;
+
+private:
+    std::int32_t previous_;
+};
+
 // A fresh, empty folder below %TEMP%\korvane-tests, removed with everything in it when the
 // object goes. `label` makes the name readable; the process id and a counter make it unique.
 class ScratchDirectory {

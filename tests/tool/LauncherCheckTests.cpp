@@ -6,7 +6,6 @@
 
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"
-#include "launch/LaunchContext.h"
 #include "tool/LauncherCheck.h"
 
 #include <gtest/gtest.h>
@@ -72,10 +71,8 @@ TEST(LauncherCheck, AToolOverTheLimitIsKilled)
 {
     SampleInstall install(L"check-hang");
     install.SetToolScenario(LR"({"sdk-info":{"hang":true}})");
-    LaunchContext context;
-    context.editorRoot = install.EditorRoot();
     const ULONGLONG start = GetTickCount64();
-    EXPECT_FALSE(RunLauncherCheck(context, install.SdkPath(), 500));
+    EXPECT_FALSE(RunLauncherCheck(install.EditorRoot(), install.SdkPath(), 500));
     EXPECT_GE(GetTickCount64() - start, 500u);
     const std::vector<JsonValue> calls = install.ToolCalls();
     ASSERT_EQ(calls.size(), 1u);
@@ -83,7 +80,7 @@ TEST(LauncherCheck, AToolOverTheLimitIsKilled)
     EXPECT_TRUE(!tool || WaitForSingleObject(tool.Get(), 5000) == WAIT_OBJECT_0) << "the tool was not killed";
 
     install.SetToolScenario(LR"({"sdk-info":{"sleepMs":200}})");
-    EXPECT_TRUE(RunLauncherCheck(context, install.SdkPath(), 60000)) << "a slow tool within the limit passes";
+    EXPECT_TRUE(RunLauncherCheck(install.EditorRoot(), install.SdkPath(), 60000)) << "a slow tool within the limit passes";
 }
 
 }  // namespace

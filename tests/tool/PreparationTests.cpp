@@ -5,11 +5,12 @@
 #include "SampleInstall.h"
 #include "ToolProcess.h"
 
+#include "TestSupport.h"
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "host/LaunchSelection.h"
-#include "launch/LaunchContext.h"
-#include "launch/UiLanguage.h"
 #include "tool/Preparation.h"
+#include "tool/ToolCommand.h"
 #include "tool/WorkspacePreparation.h"
 
 #include <gtest/gtest.h>
@@ -42,33 +43,41 @@ struct Observed {
     }
 };
 
-// A launch of the sample install's SDK and game, for the Mod package `modFile` (-1: none).
-void PointAt(LaunchContext& context, const SampleInstall& install, int modFile)
-{
-    context.editorRoot = install.EditorRoot();
-    context.launchTarget = install.SdkPath();
-    context.preparationSdk = install.SdkPath();
-    context.gameDirectory = install.GameDirectory();
-    context.modFile = modFile < 0 ? Text() : install.ModPackage(static_cast<std::size_t>(modFile));
-}
+// A preparation of the sample install's SDK and game, for the Mod package `modFile` (-1: none)
+// or the Mod id `selectedMod`.
+struct Preparation {
+    Preparation(const SampleInstall& install, int modFile, Text mod = {})
+        : editorRoot(install.EditorRoot()),
+          sdk(install.SdkPath()),
+          game(install.GameDirectory()),
+          package(modFile < 0 ? Text() : install.ModPackage(static_cast<std::size_t>(modFile))),
+          selectedMod(std::move(mod))
+    {
+    }
+    bool Run(const PreparationProgress& progress, Text& error)
+    {
+        return PrepareWorkspace({editorRoot, sdk, game, package, selectedMod, nullptr}, progress, outcome, error);
+    }
+
+    Text editorRoot, sdk, game, package, selectedMod;
+    PreparationOutcome outcome;
+};
 
 TEST(PrepareWorkspace, ModIdIsResolvedPreparedAndAnswered)
 {
     SampleInstall install(L"prepare-ok");
     // Stages slower than the poll, so that each one is seen.
     install.SetToolScenario(LR"({"prepare":{"stageDelayMs":200}})");
-    LaunchContext context;
-    PointAt(context, install, -1);
-    context.selectedMod = install.ModId(1);
+    Preparation preparation(install, -1, install.ModId(1));
     Observed observed;
     Text error;
-    ASSERT_TRUE(PrepareWorkspace(context, observed.Progress(), error)) << TextToUtf8(error);
+    ASSERT_TRUE(preparation.Run(observed.Progress(), error)) << TextToUtf8(error);
 
-    EXPECT_EQ(context.modFile, install.ModPackage(1)) << "filled from list-sources";
-    EXPECT_EQ(context.modProjectFile, JoinPath(install.Workspace(1), L"Mod.kmodproject"));
-    EXPECT_EQ(context.launchTarget, JoinPath(install.Workspace(1), L"KorvaneSDK.uproject"));
-    EXPECT_EQ(context.selectedMod, install.ModId(1));
-    EXPECT_EQ(context.preparationSdk, install.SdkPath());
+    EXPECT_EQ(preparation.outcome.modFile, install.ModPackage(1)) << "filled from list-sources";
+    ASSERT_TRUE(preparation.outcome.workspace);
+    EXPECT_EQ(preparation.outcome.workspace->modProjectFile, JoinPath(install.Workspace(1), L"Mod.kmodproject"));
+    EXPECT_EQ(preparation.outcome.workspace->editorProject, JoinPath(install.Workspace(1), L"KorvaneSDK.uproject"));
+    EXPECT_EQ(preparation.outcome.workspace->modId, install.ModId(1));
     ASSERT_FALSE(observed.phases.empty());
     EXPECT_EQ(observed.phases.front(), kPreparingLine);
     // The revision line is rewritten with the same bytes: shown once. A first preparation creates the cache.
@@ -136,25 +145,27 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
         SCOPED_TRACE(TextToUtf8(row.scenario + L" " + row.selectedMod));
         install.SetToolScenario(row.scenario);
         DeleteFileW(savedSelection.c_str());
-        LaunchContext context;
-        PointAt(context, install, row.modFile);
-        context.selectedMod = row.selectedMod;
+        Preparation preparation(install, row.modFile, row.selectedMod);
         if (!row.withSdk) {
-            context.preparationSdk.clear();
+            preparation.sdk.clear();
         }
         const std::size_t callsBefore = install.ToolCalls().size();
         Observed observed;
         Text error;
-        SetUiLanguage(row.chinese ? L"zh-Hans" : L"en");
-        const bool prepared = PrepareWorkspace(context, observed.Progress(), error);
-        SetUiLanguage(L"en");
+        bool prepared = false;
+        {
+            const testing::ScopedUiLanguage language(row.chinese ? L"zh-Hans" : L"en");
+            prepared = preparation.Run(observed.Progress(), error);
+        }
         EXPECT_EQ(prepared, row.error.empty());
         EXPECT_EQ(error, row.error);
-        EXPECT_EQ(context.modProjectFile, prepared ? JoinPath(install.Workspace(0), L"Mod.kmodproject") : L"");
-        EXPECT_EQ(context.launchTarget,
-            prepared ? JoinPath(install.Workspace(0), L"KorvaneSDK.uproject") : install.SdkPath());
-        EXPECT_EQ(context.selectedMod, prepared ? install.ModId(0) : row.selectedMod);
-        EXPECT_EQ(context.modFile, row.modFile < 0 ? Text() : install.ModPackage(0));
+        EXPECT_EQ(preparation.outcome.workspace.has_value(), prepared);
+        if (prepared) {
+            EXPECT_EQ(preparation.outcome.workspace->modProjectFile, JoinPath(install.Workspace(0), L"Mod.kmodproject"));
+            EXPECT_EQ(preparation.outcome.workspace->editorProject, JoinPath(install.Workspace(0), L"KorvaneSDK.uproject"));
+            EXPECT_EQ(preparation.outcome.workspace->modId, install.ModId(0));
+        }
+        EXPECT_EQ(preparation.outcome.modFile, row.modFile < 0 ? Text() : install.ModPackage(0));
         EXPECT_EQ(install.ToolCalls().size(), callsBefore + (row.withSdk ? 1 : 0)) << "a package needs no lookup";
         // Reset when the tool starts; verified only by a successful run.
         CacheStates states;
@@ -179,11 +190,10 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
     // The tool goes missing: the preparation's own words, with "complete".
     install.SetToolScenario(L"");
     ASSERT_TRUE(DeleteFileW(install.ToolPath().c_str()));
-    LaunchContext noTool;
-    PointAt(noTool, install, 0);
+    Preparation noTool(install, 0);
     Observed observed;
     Text error;
-    EXPECT_FALSE(PrepareWorkspace(noTool, observed.Progress(), error));
+    EXPECT_FALSE(noTool.Run(observed.Progress(), error));
     EXPECT_EQ(error, L"KV4210: KorvaneTool.exe is missing. Repair the complete Mod Editor installation.");
 }
 
@@ -239,13 +249,11 @@ TEST(ConflictDialog, AnswersSteerTheToolAndOnlyTheExactMarkersAsk)
         install.SetToolScenario(row.scenario);
         DeleteFileW(JoinPath(ParentPath(install.ToolPath()), L"KorvaneTool.scenario.json.conflict-state").c_str());
         const std::size_t callsBefore = install.ToolCalls().size();
-        LaunchContext context;
-        PointAt(context, install, 0);
+        Preparation preparation(install, 0);
         bool prepared = false;
         Text error;
-        SetUiLanguage(row.chinese ? L"zh-Hans" : L"en");
-        const auto box = RunAnswering([&] { prepared = PrepareWorkspace(context, {}, error); }, row.answer);
-        SetUiLanguage(L"en");
+        const testing::ScopedUiLanguage language(row.chinese ? L"zh-Hans" : L"en");
+        const auto box = RunAnswering([&] { prepared = preparation.Run({}, error); }, row.answer);
         ASSERT_EQ(box.has_value(), row.answer != 0);
         if (box) {
             EXPECT_EQ(box->title, row.chinese ? L"Mod 源码冲突" : L"Mod source conflict");
@@ -274,7 +282,7 @@ TEST(ConflictDialog, AnswersSteerTheToolAndOnlyTheExactMarkersAsk)
         if (calls.size() == 3) {
             EXPECT_EQ(testing::Argv(calls[2]), testing::Argv(calls[0])) << "the second prepare: same arguments and files";
         }
-        EXPECT_EQ(context.modProjectFile, row.error.empty() ? JoinPath(install.Workspace(0), L"Mod.kmodproject") : L"");
+        EXPECT_EQ(preparation.outcome.workspace.has_value(), row.error.empty());
     }
 }
 
@@ -282,9 +290,9 @@ TEST(ConflictDialog, NoQuestionWithoutPackageOrSdk)
 {
     SampleInstall install(L"conflict-empty");
     install.SetToolScenario(LR"({"*":{"exitCode":1,"stderr":"KV3648: source changed outside the Editor"}})");
-    const Text arguments = L"prepare --sdk " + QuoteCommandArgument(install.SdkPath()) + L" --editor-root "
-        + QuoteCommandArgument(install.EditorRoot()) + L" --selection-file \"x\" --mod-file \"y\" --progress-file \"p\""
-        + L" --timing-report \"t\"";
+    const Text arguments = BuildToolCommand(ToolCommandKind::Prepare,
+        {.sdk = install.SdkPath(), .editorRoot = install.EditorRoot(), .selectionFile = L"x", .modFile = L"y",
+            .progressFile = L"p", .timingReport = L"t"});
     const auto box = RunAnswering(
         [&] {
             const Text root = install.EditorRoot();

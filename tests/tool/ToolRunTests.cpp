@@ -3,8 +3,9 @@
 #include "SampleInstall.h"
 #include "ToolProcess.h"
 
+#include "context/UiLanguage.h"
 #include "foundation/Paths.h"
-#include "launch/UiLanguage.h"
+#include "tool/ToolCommand.h"
 #include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The pure pieces of the tool bridge: stage lines, progress and timing files, the Chinese
 // failure texts and the source listing.
+#include "context/UiLanguage.h"
 #include "foundation/Text.h"
-#include "launch/UiLanguage.h"
 #include "tool/ModSource.h"
 #include "tool/PrepareStage.h"
 #include "tool/ProgressFile.h"

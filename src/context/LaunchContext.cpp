@@ -1,4 +1,4 @@
-#include "launch/LaunchContext.h"
+#include "context/LaunchContext.h"
 
 #include "foundation/Paths.h"
 

@@ -2,10 +2,10 @@
 // The run-wide record of the launcher. wWinMain owns it as a local object and hands it by
 // reference to every subsystem; it is never copied.
 
+#include "context/LanguageRow.h"
+#include "context/PickerState.h"
+#include "foundation/Process.h"
 #include "foundation/Text.h"
-#include "foundation/UniqueResource.h"
-#include "language/LanguageChoice.h"
-#include "picker/PickerState.h"
 
 #include <atomic>
 #include <cstdint>
@@ -13,23 +13,6 @@
 #include <vector>
 
 namespace korvane {
-
-// The editor started by LaunchEditor. Both handles are owned; the code that waits for the
-// editor's end closes them by resetting this record.
-struct EditorProcess {
-    UniqueHandle process;
-    UniqueHandle thread;
-    DWORD processId = 0;
-    DWORD threadId = 0;
-
-    void Reset() noexcept
-    {
-        process.Reset();
-        thread.Reset();
-        processId = 0;
-        threadId = 0;
-    }
-};
 
 struct LaunchContext {
     LaunchContext() = default;
@@ -42,10 +25,12 @@ struct LaunchContext {
     Text modFile;            // Mod source package to edit
     Text selectedMod;        // Mod id to edit
     Text modProjectFile;     // Mod.kmodproject of the prepared workspace
+    Text workspaceProject;   // KorvaneSDK.uproject of the prepared workspace: the editor's project
     std::vector<Text> passThroughArguments;  // arguments that matched no option, in order
     Text gameDirectory;      // validated game directory, from the SDK selection
-    Text launchTarget;       // resolved .kvsdk, later the workspace's KorvaneSDK.uproject
-    EditorProcess editorProcess;
+    Text launchTarget;       // the resolved .kvsdk
+    // The editor started by LaunchEditor. The code that waits for its end closes both handles.
+    StartedProcess editorProcess;
     bool editorStarted = false;
     std::uint32_t previewDpi = 96;
     bool pickerPreview = false;

@@ -1,4 +1,4 @@
-#include "launch/UiLanguage.h"
+#include "context/UiLanguage.h"
 
 namespace korvane {
 
