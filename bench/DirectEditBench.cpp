@@ -8,6 +8,7 @@
 
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "foundation/Text.h"
 
 #include <windows.h>
@@ -31,22 +32,14 @@ constexpr double kPollAllowanceMs = 3 * 100.0;
 // Runs a command line as it was recorded, from its folder, and gives its wall time.
 double TimeCommandLine(const Text& commandLine, const Text& folder)
 {
-    std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
-    writable.push_back(L'\0');
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started{};
+    StartedProcess started;
     const double begin = NowMs();
-    if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-            folder.empty() ? nullptr : folder.c_str(), &startup, &started)) {
+    if (!StartProcess({.commandLine = commandLine, .directory = folder, .creationFlags = CREATE_NO_WINDOW}, started)) {
         std::fprintf(stderr, "cannot start %ls\n", commandLine.c_str());
         std::exit(1);
     }
-    WaitForSingleObject(started.hProcess, INFINITE);
-    const double elapsed = NowMs() - begin;
-    CloseHandle(started.hThread);
-    CloseHandle(started.hProcess);
-    return elapsed;
+    WaitForSingleObject(started.Process(), INFINITE);
+    return NowMs() - begin;
 }
 
 Text ToolCommandLine(const JsonValue& call)

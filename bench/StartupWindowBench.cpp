@@ -7,6 +7,7 @@
 
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -48,18 +49,13 @@ bool BareFirstPaint(const testing::ScratchDirectory& scratch, int round, double&
     const Text report = scratch / (L"bare-" + DecimalText(static_cast<std::uint64_t>(round)) + L".txt");
     // The bare window takes its whole command line tail as the path, unquoted.
     const Text application = JoinPath(testing::BinaryDirectory(), L"bare_window.exe");
-    Text commandLine = L"bare_window.exe " + report;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION information{};
-    if (!CreateProcessW(application.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-            &information)) {
+    const Text commandLine = L"bare_window.exe " + report;
+    StartedProcess bare;
+    if (!StartProcess({.application = application, .commandLine = commandLine}, bare)) {
         return false;
     }
-    const UniqueHandle process(information.hProcess);
-    const UniqueHandle thread(information.hThread);
-    if (WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0) {
-        TerminateProcess(process.Get(), 1);
+    if (WaitForSingleObject(bare.Process(), 60000) != WAIT_OBJECT_0) {
+        TerminateProcess(bare.Process(), 1);
         return false;
     }
     const Bytes text = testing::ReadFileBytes(report);

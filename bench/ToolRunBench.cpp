@@ -5,6 +5,7 @@
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "tool/ToolRun.h"
 
 #include <windows.h>
@@ -23,19 +24,16 @@ using namespace korvane;
 // What a plain launcher would do: start hidden, wait, read the exit code.
 DWORD BareRun(const Text& tool, const Text& arguments, const Text& folder)
 {
-    Text commandLine = QuoteCommandArgument(tool) + L" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(tool.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-            folder.c_str(), &startup, &started)) {
+    const Text commandLine = QuoteCommandArgument(tool) + L" " + arguments;
+    StartedProcess started;
+    if (!StartProcess(
+            {.application = tool, .commandLine = commandLine, .directory = folder, .creationFlags = CREATE_NO_WINDOW},
+            started)) {
         return 0xFFFFFFFF;
     }
-    WaitForSingleObject(started.hProcess, INFINITE);
+    WaitForSingleObject(started.Process(), INFINITE);
     DWORD exitCode = 0;
-    GetExitCodeProcess(started.hProcess, &exitCode);
-    CloseHandle(started.hThread);
-    CloseHandle(started.hProcess);
+    GetExitCodeProcess(started.Process(), &exitCode);
     return exitCode;
 }
 

@@ -3,6 +3,7 @@
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "foundation/UniqueResource.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +11,9 @@
 namespace korvane::testing {
 namespace {
 
-UniqueFileHandle InheritableFile(TextView path, DWORD access, DWORD disposition)
+UniqueFileHandle OpenForChild(TextView path, DWORD access, DWORD disposition)
 {
-    SECURITY_ATTRIBUTES security{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    return UniqueFileHandle(CreateFileW(Text(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &security,
+    return UniqueFileHandle(CreateFileW(Text(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
         disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
@@ -39,45 +39,38 @@ CapturedRun RunCaptured(TextView executable, const std::vector<Text>& arguments,
     const Text outPath = scratch / L"out.bin";
     const Text errPath = scratch / L"err.bin";
     {
-        UniqueFileHandle out = InheritableFile(outPath, GENERIC_WRITE, CREATE_ALWAYS);
-        UniqueFileHandle err = InheritableFile(errPath, GENERIC_WRITE, CREATE_ALWAYS);
-        UniqueFileHandle in = InheritableFile(L"NUL", GENERIC_READ, OPEN_EXISTING);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-        startup.wShowWindow = SW_HIDE;
-        startup.hStdInput = in.Get();
-        startup.hStdOutput = out.Get();
-        startup.hStdError = err.Get();
-        Text commandLine = BuildCommandLine(executable, arguments);
-        const Text directory(currentDirectory);
-        PROCESS_INFORMATION information{};
-        const auto startProcess = [&] {
-            return CreateProcessW(Text(executable).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
-                CREATE_NO_WINDOW | CREATE_SUSPENDED, nullptr, directory.empty() ? nullptr : directory.c_str(), &startup,
-                &information);
+        const UniqueFileHandle out = OpenForChild(outPath, GENERIC_WRITE, CREATE_ALWAYS);
+        const UniqueFileHandle err = OpenForChild(errPath, GENERIC_WRITE, CREATE_ALWAYS);
+        const UniqueFileHandle in = OpenForChild(L"NUL", GENERIC_READ, OPEN_EXISTING);
+        const Text commandLine = BuildCommandLine(executable, arguments);
+        // Whatever the child starts goes with it when the job is closed.
+        const UniqueHandle job = MakeKillOnCloseJob();
+        const ULONGLONG start = GetTickCount64();
+        StartedProcess child;
+        const auto startChild = [&] {
+            return StartProcess(
+                {
+                    .application = executable,
+                    .commandLine = commandLine,
+                    .directory = currentDirectory,
+                    .creationFlags = CREATE_NO_WINDOW,
+                    .show = SW_HIDE,
+                    .standard = {.input = in.Get(), .output = out.Get(), .error = err.Get()},
+                    .job = job.Get(),
+                },
+                child);
         };
-        if (!StartRetryingWineFault(startProcess)) {
+        if (!StartRetryingWineFault(startChild)) {
             ADD_FAILURE() << "cannot start " << TextToUtf8(executable) << ", error " << GetLastError();
             return run;
         }
-        UniqueHandle process(information.hProcess);
-        UniqueHandle thread(information.hThread);
-        // Whatever the child starts goes with it when the job is closed.
-        UniqueHandle job(CreateJobObjectW(nullptr, nullptr));
-        JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-        limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-        SetInformationJobObject(job.Get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
-        AssignProcessToJobObject(job.Get(), process.Get());
-        const ULONGLONG start = GetTickCount64();
-        ResumeThread(thread.Get());
-        if (WaitForSingleObject(process.Get(), timeoutMs) != WAIT_OBJECT_0) {
+        if (WaitForSingleObject(child.Process(), timeoutMs) != WAIT_OBJECT_0) {
             run.timedOut = true;
             TerminateJobObject(job.Get(), 1223);
-            WaitForSingleObject(process.Get(), 5000);
+            WaitForSingleObject(child.Process(), 5000);
         }
         run.elapsedMs = GetTickCount64() - start;
-        GetExitCodeProcess(process.Get(), &run.exitCode);
+        GetExitCodeProcess(child.Process(), &run.exitCode);
     }
     run.out = ReadFileBytes(outPath);
     run.err = ReadFileBytes(errPath);

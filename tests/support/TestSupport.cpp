@@ -3,6 +3,7 @@
 #include "context/UiLanguage.h"
 #include "foundation/Files.h"
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -170,58 +171,52 @@ std::vector<wchar_t> BuildEnvironment(const std::map<Text, std::optional<Text>>&
 ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options)
 {
     ChildProcess child;
-    Text commandLine = BuildCommandLine(executable, arguments);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    if (options.hidden) {
-        startup.dwFlags = STARTF_USESHOWWINDOW;
-        startup.wShowWindow = SW_HIDE;
-    }
+    const Text commandLine = BuildCommandLine(executable, arguments);
     std::vector<wchar_t> environment;
     if (!options.environment.empty()) {
         environment = BuildEnvironment(options.environment);
     }
-    PROCESS_INFORMATION information{};
-    const Text application(executable);
-    const auto start = [&] {
-        return CreateProcessW(application.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
-            CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.empty() ? nullptr : environment.data(),
-            options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str(), &startup, &information);
-    };
-    if (!StartRetryingWineFault(start)) {
-        ADD_FAILURE() << "cannot start child process, error " << GetLastError();
-        return child;
-    }
-    child.process_.Reset(information.hProcess);
-    UniqueHandle thread(information.hThread);
-    child.id_ = information.dwProcessId;
     // The job lets a test kill whatever the child left running; nothing kills on close, so
     // a child that is meant to outlive its parent can.
     child.job_.Reset(CreateJobObjectW(nullptr, nullptr));
-    if (child.job_ && !AssignProcessToJobObject(child.job_.Get(), child.process_.Get())) {
+    const ProcessLaunchOptions launch{
+        .application = executable,
+        .commandLine = commandLine,
+        .directory = options.currentDirectory,
+        .show = options.hidden ? std::optional<WORD>(SW_HIDE) : std::nullopt,
+        .environment = environment.empty() ? nullptr : environment.data(),
+        .job = child.job_.Get(),
+    };
+    StartedProcess started;
+    if (!StartRetryingWineFault([&] { return StartProcess(launch, started); })) {
+        ADD_FAILURE() << "cannot start child process, error " << GetLastError();
+        return child;
+    }
+    if (!started.InJob()) {
         child.job_.Reset();
     }
-    ResumeThread(thread.Get());
+    child.id_ = started.Id();
+    child.process_ = std::move(started);
     return child;
 }
 
 ChildProcess::~ChildProcess()
 {
-    if (process_ && WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT) {
+    if (IsStarted() && WaitForSingleObject(Handle(), 0) == WAIT_TIMEOUT) {
         Kill();
     }
 }
 
 bool ChildProcess::Wait(DWORD timeoutMs)
 {
-    return process_ && WaitForSingleObject(process_.Get(), timeoutMs) == WAIT_OBJECT_0;
+    return IsStarted() && WaitForSingleObject(Handle(), timeoutMs) == WAIT_OBJECT_0;
 }
 
 DWORD ChildProcess::ExitCode() const
 {
     DWORD code = 0xFFFFFFFF;
-    if (process_) {
-        GetExitCodeProcess(process_.Get(), &code);
+    if (IsStarted()) {
+        GetExitCodeProcess(Handle(), &code);
     }
     return code;
 }
@@ -231,9 +226,9 @@ void ChildProcess::Kill()
     if (job_) {
         TerminateJobObject(job_.Get(), 0xDEAD);
     }
-    if (process_) {
-        TerminateProcess(process_.Get(), 0xDEAD);
-        WaitForSingleObject(process_.Get(), 5000);
+    if (IsStarted()) {
+        TerminateProcess(Handle(), 0xDEAD);
+        WaitForSingleObject(Handle(), 5000);
     }
 }
 

@@ -2,6 +2,7 @@
 // Helpers shared by the test programs: scratch folders that clean up after themselves,
 // files, and real child processes (the launcher and the stand-ins) with their exit codes.
 
+#include "foundation/Process.h"
 #include "foundation/Text.h"
 #include "foundation/UniqueResource.h"
 
@@ -87,21 +88,21 @@ public:
     static ChildProcess Start(TextView executable, const std::vector<Text>& arguments,
         const ProcessOptions& options = {});
 
-    bool IsStarted() const noexcept { return process_.IsValid(); }
+    bool IsStarted() const noexcept { return process_.IsStarted(); }
     DWORD Id() const noexcept { return id_; }
-    HANDLE Handle() const noexcept { return process_.Get(); }
+    HANDLE Handle() const noexcept { return process_.Process(); }
     // True when it ended within `timeoutMs`.
     bool Wait(DWORD timeoutMs);
     DWORD ExitCode() const;
     void Kill();
 
 private:
-    UniqueHandle process_;
+    StartedProcess process_;
     UniqueHandle job_;
     DWORD id_ = 0;
 };
 
-// Calls `start` (a CreateProcessW) again while it fails with ERROR_INTERNAL_ERROR, a few times:
+// Calls `start` (a StartProcess) again while it fails with ERROR_INTERNAL_ERROR, a few times:
 // Wine now and then refuses to start an image whose previous process was just terminated.
 template <typename Start>
 bool StartRetryingWineFault(Start start)

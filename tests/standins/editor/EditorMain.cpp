@@ -12,6 +12,7 @@
 #include "common/StandinSupport.h"
 
 #include "foundation/Paths.h"
+#include "foundation/Process.h"
 #include "foundation/UniqueResource.h"
 
 #include <windows.h>
@@ -94,14 +95,8 @@ void StartLauncher(const EditorScenario& scenario, bool namingSelf)
     if (namingSelf) {
         commandLine += L" " + QuoteCommandArgument(L"-KorvaneWaitForEditorPid=" + DecimalText(GetCurrentProcessId()));
     }
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION information{};
-    if (CreateProcessW(launcher.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, root.c_str(), &startup,
-            &information)) {
-        CloseHandle(information.hThread);
-        CloseHandle(information.hProcess);
-    }
+    StartedProcess started;
+    StartProcess({.application = launcher, .commandLine = commandLine, .directory = root}, started);
 }
 
 DWORD Run(HINSTANCE instance)

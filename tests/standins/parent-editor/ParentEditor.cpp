@@ -7,6 +7,7 @@
 // codes: 0 released, 2 bad arguments, 3 an event cannot be opened, 4 the launcher cannot be
 // started, 5 the pid file cannot be written.
 #include "foundation/Files.h"
+#include "foundation/Process.h"
 #include "foundation/Text.h"
 #include "foundation/UniqueResource.h"
 
@@ -28,16 +29,11 @@ int wmain(int argc, wchar_t** argv)
         for (int index = 5; index < argc; ++index) {
             commandLine.append(L" ").append(QuoteCommandArgument(argv[index]));
         }
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION information{};
-        if (!CreateProcessW(argv[4], commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                &information)) {
+        StartedProcess launcher;
+        if (!StartProcess({.application = argv[4], .commandLine = commandLine}, launcher)) {
             return 4;
         }
-        const UniqueHandle process(information.hProcess);
-        const UniqueHandle thread(information.hThread);
-        if (!WriteWholeFile(argv[3], TextToUtf8(DecimalText(information.dwProcessId)))) {
+        if (!WriteWholeFile(argv[3], TextToUtf8(DecimalText(launcher.Id())))) {
             return 5;
         }
     }

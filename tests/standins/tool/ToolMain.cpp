@@ -11,7 +11,7 @@
 #include "common/StandinSupport.h"
 
 #include "foundation/Paths.h"
-#include "foundation/UniqueResource.h"
+#include "foundation/Process.h"
 
 #include <windows.h>
 
@@ -25,18 +25,13 @@ DWORD StartHangingCopy()
 {
     wchar_t path[32768] = {};
     GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
-    Text commandLine = QuoteCommandArgument(path) + L" " + kHangArgument;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION information{};
+    const Text commandLine = QuoteCommandArgument(path) + L" " + kHangArgument;
+    StartedProcess copy;
     // No handles are inherited: the copy must not keep the caller's output files open.
-    if (!CreateProcessW(path, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
-            &information)) {
+    if (!StartProcess({.application = path, .commandLine = commandLine, .creationFlags = CREATE_NO_WINDOW}, copy)) {
         return 0;
     }
-    UniqueHandle process(information.hProcess);
-    UniqueHandle thread(information.hThread);
-    return information.dwProcessId;
+    return copy.Id();
 }
 
 void LogCall(const std::vector<Text>& arguments, DWORD grandchild)
