@@ -70,7 +70,7 @@ int HexDigitValue(wchar_t unit) noexcept
     return -1;
 }
 
-// JsonReaderState: the text being parsed and the cursor, for one parse only.
+// The text being parsed and the cursor, for one parse only.
 class JsonReader {
 public:
     JsonReader(const wchar_t* begin, const wchar_t* end) : cursor_(begin), end_(end), table_(WhiteSpace()) {}

@@ -9,10 +9,6 @@
 namespace korvane {
 namespace {
 
-inline constexpr LocalizedText kNoSdkMessage{
-    L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.",
-    L"KV4300: 请选择匹配的 .kvsdk 文件，或包含游戏 SDK 的目录。"};
-
 constexpr TextView kSdkExtension = L".kvsdk";
 
 // Calls `visit` for each entry of a FindFirstFileW pattern until it gives false. A listing
@@ -153,7 +149,7 @@ bool ResolveSdkSelection(TextView requestedGameDirectory, TextView requestedSdk,
     if (!sdk.empty()) {
         return true;
     }
-    message = kNoSdkMessage.Now();
+    message = kNoSdkSelectedMessage.Now();
     return false;
 }
 

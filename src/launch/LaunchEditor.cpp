@@ -22,13 +22,6 @@
 namespace korvane {
 namespace {
 
-inline constexpr LocalizedText kLaunchCancelledMessage{L"Editor launch cancelled.", L"编辑器启动已取消。"};
-inline constexpr LocalizedText kEditorStartRefusedMessage{
-    L"The official Unreal Editor could not be started.", L"无法启动 Unreal Editor。"};
-inline constexpr LocalizedText kStartFailedBefore{L"Editor startup failed (exit code ", L"编辑器启动失败（退出码 "};
-inline constexpr LocalizedText kStartFailedAfter{
-    L"). Check the startup log in Saved/Logs.", L"）。请查看 Saved/Logs 中的启动日志。"};
-
 // The culture the editor starts with: the language asked for, mapped onto the install's list.
 Text ChooseEditorCulture(const LaunchContext& context)
 {
@@ -53,16 +46,6 @@ std::uint64_t CurrentFileTime()
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
-}
-
-Text StartFailureText(DWORD exitCode, TextView logPath)
-{
-    Text text = kStartFailedBefore.Now() + DecimalText(exitCode) + kStartFailedAfter.Now();
-    if (!logPath.empty()) {
-        text += L'\n';
-        text += logPath;
-    }
-    return text;
 }
 
 // The editor ended, or was ended on a cancel, before its window stood: its exit code, and the

@@ -1,8 +1,10 @@
 #pragma once
-// The message box of every launch error, and the messages of the entry point.
+// The message box of every launch error, and the messages of the entry point and the launch flow.
 
 #include "context/UiLanguage.h"
 #include "foundation/Text.h"
+
+#include <cstdint>
 
 namespace korvane {
 
@@ -21,6 +23,14 @@ inline constexpr LocalizedText kSessionInUseMessage{
 inline constexpr LocalizedText kProjectFileRemovedMessage{
     L"KV4300: Select a .kvsdk file. UE project SDK loading has been removed.",
     L"KV4300: 请选择 .kvsdk 文件。已移除 UE project SDK 加载。"};
+
+inline constexpr LocalizedText kLaunchCancelledMessage{L"Editor launch cancelled.", L"编辑器启动已取消。"};
+inline constexpr LocalizedText kEditorStartRefusedMessage{
+    L"The official Unreal Editor could not be started.", L"无法启动 Unreal Editor。"};
+
+// "Editor startup failed (exit code N). Check the startup log in Saved/Logs." in the language
+// of the moment, and, when there is a log path, a line feed and the path.
+Text StartFailureText(std::uint32_t exitCode, TextView logPath);
 
 // Shows `text` in an error box with the launch error title unless `suppress`; gives `code`.
 int ShowLaunchError(TextView text, bool suppress, int code);

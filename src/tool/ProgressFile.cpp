@@ -2,6 +2,7 @@
 
 #include "context/UiLanguage.h"
 #include "foundation/Json.h"
+#include "startup/CacheStatus.h"
 #include "tool/PrepareStage.h"
 
 #include <stdexcept>
@@ -20,15 +21,13 @@ void ApplyCacheHit(const JsonValue& holder, std::int32_t& cacheHit)
     }
 }
 
-// While the tool runs the cache is never verified yet, so only these two states show here.
+// While the tool runs the cache is never verified yet.
 Text RunningCacheSuffix(std::int32_t cacheHit)
 {
     if (cacheHit < 0) {
         return {};
     }
-    constexpr LocalizedText kHit{L"SDK cache hit, verifying", L"SDK 缓存命中，正在校验"};
-    constexpr LocalizedText kCreating{L"Creating the SDK cache", L"正在从 SDK 创建缓存"};
-    return Text(L" · ") + (cacheHit > 0 ? kHit : kCreating).Now();
+    return Text(L" · ") + CacheStatusText(cacheHit, false, IsChineseUi());
 }
 
 }  // namespace

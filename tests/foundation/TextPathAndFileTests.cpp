@@ -66,6 +66,7 @@ TEST(TextAndPathHelpers, GiveTheirExactResults)
         {QuoteJsonText, L"a\x0001" L"b", L"\"ab\""},     // other controls are dropped
         {QuoteJsonText, L"\"\\\n\r\t/", L"\"\\\"\\\\\\n\\r\\t/\""},
         {QuoteJsonText, L"\x007F\x4E2D", L"\"\x007F\x4E2D\""},
+        {QuoteJsonText, L" a  b ", L"\" a  b \""},  // blanks are no control units
         {FoldAsciiCase, L"AbC\x00C9\x0416", L"abc\x00C9\x0416"},
         {NormalizePath, L"", L""}, {NormalizePath, L"C:\\", L"C:\\"},
         {NormalizePath, L"C:/Games//", L"C:\\Games"},

@@ -173,7 +173,7 @@ TEST(HostConfiguration, EveryRefusalHasItsMessageEndsWithExitThreeAndTouchesNoth
     }
 }
 
-TEST(HostConfiguration, ABadFileIsReportedInABoxOutsideHeadlessModes)
+TEST(HostConfiguration, ABadFileStopsOnlyTheModesThatReadItWithABoxOutsideHeadlessModes)
 {
     const ConfiguredInstall setup(L"config-box");
     testing::WriteFileBytes(setup.ConfigFile(), R"({"schemaVersion":2})");
@@ -187,6 +187,19 @@ TEST(HostConfiguration, ABadFileIsReportedInABoxOutsideHeadlessModes)
     testing::PressMessageBoxButton(box->window, IDOK);
     ASSERT_TRUE(child.Wait(30000));
     EXPECT_EQ(child.ExitCode(), 3u);
+
+    // Modes that never read the file give their usual codes beside it.
+    const struct {
+        std::vector<Text> arguments;
+        DWORD exitCode;
+    } untouched[] = {
+        {{L"-KorvaneEmptyHost", L"-KorvaneLauncherCheck"}, 0},
+        {{L"-KorvaneStartupPreview", L"-KorvaneStartupPreviewMs=250"}, 0},
+        {{L"-KorvanePickerPreview", L"-KorvanePickerPreviewMs=250"}, 7},  // the picker window is not built yet
+    };
+    for (const auto& row : untouched) {
+        EXPECT_EQ(setup.Run(row.arguments), row.exitCode) << TextToUtf8(row.arguments.front());
+    }
 }
 
 TEST(HostEnvironmentOf, FollowsTheProjectTestAndTheMarkerFile)

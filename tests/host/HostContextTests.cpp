@@ -81,17 +81,17 @@ TEST(HostContext, AStoredSelectionInsideAGameIsAdoptedOnlyWhenEveryTestHolds)
 
     const auto upper = [](Text text) { return CharUpperBuffW(text.data(), static_cast<DWORD>(text.size())), text; };
     std::vector<Bytes> refusals = {
-        Replace(valid, "\"schemaVersion\":1", "\"schemaVersion\":2"),  // 1
+        Replace(valid, "\"schemaVersion\":1", "\"schemaVersion\":2"),  // another schema
         Replace(valid, "\"schemaVersion\":1,", ""),
-        SelectionBytes(upper(install.Root()), L"packaged", game, install.storedSdk),  // 2
-        install.Stored(L"developer", game, install.storedSdk),  // 3
+        SelectionBytes(upper(install.Root()), L"packaged", game, install.storedSdk),  // the root, exactly
+        install.Stored(L"developer", game, install.storedSdk),  // an environment the game no longer has
         install.Stored(L"Packaged", game, install.storedSdk),
-        install.Stored(L"packaged", game, game + L"\\Gone.kvsdk"),  // 4
+        install.Stored(L"packaged", game, game + L"\\Gone.kvsdk"),  // the SDK must be a file
         install.Stored(L"packaged", game, game + L"\\Folder.kvsdk"),
-        install.Stored(L"standalone", L"", install.storedSdk),  // 6
+        install.Stored(L"standalone", L"", install.storedSdk),  // an install in a game adopts only that game
         install.Stored(L"packaged", install / L"Other", install / L"Other\\Other.kvsdk"),
         install.Stored(L"packaged", upper(game), install.storedSdk),
-        install.Stored(L"packaged", game, install / L"Outside.kvsdk"),  // 7
+        install.Stored(L"packaged", game, install / L"Outside.kvsdk"),  // a packaged SDK lies in its game
         "",
         Replace(valid, "{", "{" + Bytes(65537 - valid.size(), ' ')),
         valid.substr(0, valid.size() - 1),

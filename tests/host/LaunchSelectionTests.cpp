@@ -36,10 +36,15 @@ TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteFo
         L"\x6E38\x620F QX\\x.kvsdk", L"\x6E38\x620F Q\\\x00C9.kvsdk"});
     EXPECT_FALSE(SaveLaunchSelection(root, any, game)) << "packaged SDK outside its game";
     EXPECT_FALSE(testing::FileExists(storeFolder)) << "a refused save creates no folder";
+    // The first save makes the folders it needs.
+    EXPECT_TRUE(SaveLaunchSelection(root, any, L""));
+    EXPECT_EQ(store.Read(), SelectionBytes(root, L"standalone", L"", any));
 
     const Bytes older = "{\"schemaVersion\":1,\"older\":true}";
     store.Write(older);
     FolderLink link(JoinPath(game, L"Sdk"), scratch / L"Elsewhere");
+    ASSERT_TRUE(link.IsMade());
+    ASSERT_TRUE(IsRegularFile(JoinPath(game, L"Sdk\\Any.kvsdk"))) << "the SDK behind the link must exist";
     const std::pair<Text, Text> refusals[] = {
         {L"", L""},
         {scratch / L"Missing.kvsdk", L""},
@@ -47,7 +52,7 @@ TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteFo
         {JoinPath(game, L"..\\Elsewhere\\Any.kvsdk"), game},  // the step back leads out
         {scratch / L"\x6E38\x620F QX\\x.kvsdk", game},      // a sibling sharing the game's name
         {any, scratch / L"Missing"},                           // packaged, though missing
-        {JoinPath(game, L"Sdk\\Any.kvsdk"), game},            // behind a link, when one could be made
+        {JoinPath(game, L"Sdk\\Any.kvsdk"), game},            // behind a link
     };
     for (const auto& [sdk, host] : refusals) {
         EXPECT_FALSE(SaveLaunchSelection(root, sdk, host)) << TextToUtf8(sdk);

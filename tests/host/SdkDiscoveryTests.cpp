@@ -113,10 +113,7 @@ TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
     EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(Text(), Text(),
         Text(L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.")));
     // The game directory stays set while the SDK is refused, in the other language too.
-    struct RestoreEnglish {
-        ~RestoreEnglish() { SetUiLanguage(L"en"); }
-    } restore;
-    SetUiLanguage(L"zh-Hans");
+    const testing::ScopedUiLanguage chinese(L"zh-Hans");
     EXPECT_FALSE(ResolveSdkSelection(game, scratch / L"Missing.kvsdk", gameDirectory, sdk, message));
     EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, Text(),
         Text(L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C"

@@ -224,7 +224,7 @@ TEST(ResolveLanguage, FollowsItsSevenSteps)
     expect({{L"en", L""}, {L"ja", L""}}, {{L"zh", L"en"}});
     expect({{L"ja", L""}, {L"ko", L""}}, {{L"fr", L"en"}});  // "en" even when it is not listed
     expect({}, {{L"ja", L"en"}});
-    // Steps 4 and 6 want exactly "zh-Hans" and "en".
+    // The Simplified Chinese rule and the English fallback want exactly "zh-Hans" and "en".
     expect({{L"EN", L""}, {L"Zh-hans", L""}}, {{L"fr", L"en"}, {L"zh-CN", L"en"}, {L"zh_hans", L"Zh-hans"}});
 }
 

@@ -1,5 +1,7 @@
 #include "launch/EntryOptions.h"
 
+#include "TestSupport.h"
+
 #include "context/LaunchContext.h"
 #include "context/UiLanguage.h"
 
@@ -12,7 +14,7 @@ namespace {
 // row also fails when an argument sets something it should not.
 Text Describe(const std::vector<Text>& arguments)
 {
-    SetUiLanguage(L"en");
+    const testing::ScopedUiLanguage english(L"en");
     EntryOptions o;
     LaunchContext c;
     c.languages = {{L"en", L"English"}, {L"zh-Hans", L"简体中文"}};
@@ -110,7 +112,6 @@ TEST(EntryArguments, OptionTable)
     for (const auto& row : rows) {
         EXPECT_EQ(Describe(row.arguments), row.expected) << TextToUtf8(row.arguments.front());
     }
-    SetUiLanguage(L"en");
 }
 
 }  // namespace

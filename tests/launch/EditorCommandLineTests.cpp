@@ -6,6 +6,7 @@
 #include "foundation/Paths.h"
 #include "launch/EditorCommandLine.h"
 #include "launch/EditorEnvironment.h"
+#include "launch/EditorLanguage.h"
 
 #include <gtest/gtest.h>
 
@@ -87,6 +88,25 @@ TEST(EditorCommandLine, CacheArgumentsFollowTheEngineBuild)
         Text commandLine = before;
         AppendCacheArguments(commandLine, cache, row.majorMinor);
         EXPECT_EQ(commandLine, before + row.added) << TextToUtf8(row.userWords) << " " << TextToUtf8(row.majorMinor);
+    }
+}
+
+TEST(EditorLanguage, TheLastCultureOrLanguageWordWinsOverTheRunsAndTheSavedLanguage)
+{
+    const struct {
+        const wchar_t *run, *saved;
+        std::vector<Text> passThrough;
+        const wchar_t* requested;
+    } rows[] = {
+        {L"", L"", {}, L"en"},
+        {L"", L"ko", {}, L"ko"},
+        {L"ja", L"ko", {L"-cultureX=fr", L"-lang=fr"}, L"ja"},
+        {L"en", L"", {L"-culture=ja", L"-language=zh_CN"}, L"zh_CN"},  // whichever option comes last
+        {L"en", L"", {L"-LANGUAGE=zh_CN", L"-Culture=ja"}, L"ja"},
+        {L"en", L"", {L"-culture=ja", L"-culture="}, L""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(RequestedEditorLanguage(row.run, row.saved, row.passThrough), row.requested) << row.run;
     }
 }
 

@@ -66,6 +66,7 @@ TEST(EntryProcess, InstallChecksAndProjectFileGiveTheirExitCodes)
         // -KorvaneEmptyHost clears the SDK wherever it stood.
         {Editor::File, L"install", {L"-KorvaneLauncherCheck", L"-sdk=C:\\x.kvsdk", L"-KorvaneEmptyHost"}, 0, L""},
         {Editor::File, L"install", {L"-KorvaneLauncherCheck", L"Game.uproject"}, 3, L""},
+        {Editor::File, L"install", {L"-KorvaneLauncherCheck"}, 3, L""},  // neither SDK nor game to check
         {Editor::Missing, L"install", {L"-KorvaneEmptyHost"}, 2,
             L"The official Unreal Editor was not found in this Korvane package."},
         // The check option behind the project file is never read.

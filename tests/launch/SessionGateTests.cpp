@@ -148,6 +148,8 @@ TEST(SessionGate, InstanceCheckSeesLaunchersAndEditorsAndLeavesNothing)
     ASSERT_FALSE(SessionEventExists(kLauncherSessionEventName));
     ASSERT_FALSE(SessionEventExists(kEditorSessionEventName));
     const ScratchInstall install(L"instance-check");
+    // The check never reads the host configuration, so a broken one is no exit 3.
+    testing::WriteFileBytes(JoinPath(install.Root(), L"KorvaneUpdate.config.json"), R"({"schemaVersion":2})");
     EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 0u);
     EXPECT_FALSE(SessionEventExists(kLauncherSessionEventName)) << "the event went with the process";
     for (const wchar_t* other : {kLauncherSessionEventName, kEditorSessionEventName}) {

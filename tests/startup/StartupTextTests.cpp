@@ -1,5 +1,4 @@
-// The marker table of the editor's log and the cache state words, in both languages.
-#include "startup/CacheStatus.h"
+// The marker table of the editor's log, in both languages.
 #include "startup/StartupMarkers.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +28,7 @@ TEST(StartupMarkers, EachRowGivesItsLineInBothLanguages)
             L"Engine initialized; preparing the Editor interface…", L"引擎初始化完成，正在建立编辑界面…"},
         {L"LogShaderCompilers: Display: Compiling shader autogen file: ../AutogenShaderHeaders.ush",
             L"Preparing rendering and shaders…", L"正在准备渲染与着色器…"},
-        // The first matching row wins; row 2 needs both its texts in one line.
+        // The first matching marker wins; the mounted-Mod marker needs both its texts in one line.
         {L"LogEngine: Initializing Engine and Mod authoring policy active",
             L"Mod authoring protection active; preparing the interface…", L"Mod 创作保护已启用，正在建立界面…"},
         {L"Standalone Mod project Foo; LogShaderCompilers: Display: Compiling shader x",
@@ -43,20 +42,6 @@ TEST(StartupMarkers, EachRowGivesItsLineInBothLanguages)
         EXPECT_EQ(MatchStartupMarker(row.line, false), row.english) << row.line;
         EXPECT_EQ(MatchStartupMarker(row.line, true), row.chinese) << row.line;
     }
-}
-
-TEST(CacheStatus, TriStateAndVerifiedFlagInBothLanguages)
-{
-    EXPECT_EQ(CacheStatusText(INT32_MAX, false, false), L"SDK cache hit, verifying");
-    EXPECT_EQ(CacheStatusText(INT32_MAX, false, true), L"SDK 缓存命中，正在校验");
-    EXPECT_EQ(CacheStatusText(1, true, false), L"SDK cache hit, fully verified");
-    EXPECT_EQ(CacheStatusText(1, true, true), L"SDK 缓存命中，已完整校验");
-    EXPECT_EQ(CacheStatusText(0, false, false), L"Creating the SDK cache");
-    EXPECT_EQ(CacheStatusText(0, false, true), L"正在从 SDK 创建缓存");
-    EXPECT_EQ(CacheStatusText(0, true, false), L"SDK cache created and verified");
-    EXPECT_EQ(CacheStatusText(0, true, true), L"SDK 缓存已创建并校验");
-    EXPECT_EQ(CacheStatusText(INT32_MIN, true, false), L"Checking the SDK cache state");
-    EXPECT_EQ(CacheStatusText(-1, false, true), L"正在确定 SDK 缓存状态");
 }
 
 }  // namespace

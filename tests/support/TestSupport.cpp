@@ -176,8 +176,8 @@ ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& a
     if (!options.environment.empty()) {
         environment = BuildEnvironment(options.environment);
     }
-    // The job lets a test kill whatever the child left running; nothing kills on close, so
-    // a child that is meant to outlive its parent can.
+    // The job lets a test end whatever the child left running; it does not kill on close, so
+    // that a process the child started can outlive the child within the test.
     child.job_.Reset(CreateJobObjectW(nullptr, nullptr));
     const ProcessLaunchOptions launch{
         .application = executable,
@@ -202,7 +202,9 @@ ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& a
 
 ChildProcess::~ChildProcess()
 {
-    if (IsStarted() && WaitForSingleObject(Handle(), 0) == WAIT_TIMEOUT) {
+    // Also when the child itself has ended: an editor it left running would hold the session
+    // event and the test program's output, and take later tests down with this one.
+    if (IsStarted()) {
         Kill();
     }
 }

@@ -76,8 +76,8 @@ struct ProcessResult {
     bool timedOut = false;
 };
 
-// A started child. Killed (with its process tree, through a job) when the object goes
-// while it still runs.
+// A started child. Killed with whatever it started (through a job) when the object goes, so
+// that a failing test leaves no process behind.
 class ChildProcess {
 public:
     ChildProcess() = default;

@@ -2,7 +2,7 @@
 // `sdk-info` run it makes, and that it shows nothing on any path.
 #include "MessageBoxes.h"
 #include "SampleInstall.h"
-#include "ToolProcess.h"
+#include "ToolCalls.h"
 
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"

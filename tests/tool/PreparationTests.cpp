@@ -3,12 +3,12 @@
 // the tool was asked, which box is shown and how its answers steer the tool.
 #include "MessageBoxes.h"
 #include "SampleInstall.h"
-#include "ToolProcess.h"
+#include "ToolCalls.h"
 
-#include "TestSupport.h"
 #include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "host/LaunchSelection.h"
+#include "TestSupport.h"
 #include "tool/Preparation.h"
 #include "tool/ToolCommand.h"
 #include "tool/WorkspacePreparation.h"
@@ -303,6 +303,39 @@ TEST(ConflictDialog, NoQuestionWithoutPackageOrSdk)
         0);
     EXPECT_FALSE(box.has_value());
     EXPECT_EQ(install.ToolCalls().size(), 2u);
+}
+
+TEST(ConflictDialog, NoQuestionAfterACancelEvenWhenTheToolNamedAConflict)
+{
+    SampleInstall install(L"conflict-cancelled");
+    // Stages slower than the poll, so that the run is still going when its first line arrives.
+    install.SetToolScenario(LR"({"prepare":{"exitCode":1,"stageDelayMs":150,)"
+                            LR"("stderr":"KV3651: source changed while a workspace exists"}})");
+    testing::ScratchDirectory scratch(L"conflict-cancelled");
+    const Text progressFile = scratch / L"progress.json";
+    const Text arguments = BuildToolCommand(ToolCommandKind::Prepare,
+        {.sdk = install.SdkPath(), .editorRoot = install.EditorRoot(), .selectionFile = scratch / L"selection",
+            .modFile = install.ModPackage(0), .progressFile = progressFile, .timingReport = scratch / L"timing.json"});
+    std::atomic<bool> cancel{false};
+    // The cancel comes once the tool has ended by itself, so that the run ends in the tool's own
+    // words, marker included, and yet was cancelled.
+    const auto cancelOnceTheToolEnded = [&](TextView) {
+        if (!cancel.load()) {
+            const UniqueHandle tool(OpenProcess(SYNCHRONIZE, FALSE, testing::ProcessIdsOf(install.ToolCalls()).back()));
+            WaitForSingleObject(tool.Get(), 30000);
+            cancel.store(true);
+        }
+    };
+    ToolResult result;
+    const auto box = RunAnswering(
+        [&] {
+            result = RunPreparation(install.EditorRoot(), install.SdkPath(), install.ModPackage(0), arguments, &cancel,
+                progressFile, cancelOnceTheToolEnded, L"");
+        },
+        0);
+    EXPECT_FALSE(box.has_value());
+    EXPECT_EQ(result.error, L"KV3651: source changed while a workspace exists");
+    EXPECT_EQ(install.ToolCalls().size(), 1u) << "no resolve-source, no second prepare";
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // RunTool against the stand-in tool: what comes back for each way a run can end, that the
 // tool and everything it started are gone afterwards, and that no temporary file is left.
 #include "SampleInstall.h"
-#include "ToolProcess.h"
+#include "ToolCalls.h"
 
 #include "context/UiLanguage.h"
 #include "foundation/Paths.h"
@@ -125,9 +125,10 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
 
     // A folder where the tool should be is no tool either.
     testing::MakeDirectories(empty / L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe");
-    SetUiLanguage(L"zh-Hans");
-    result = RunTool(invocation);
-    SetUiLanguage(L"en");
+    {
+        const testing::ScopedUiLanguage chinese(L"zh-Hans");
+        result = RunTool(invocation);
+    }
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.error, L"KV4210: 缺少 KorvaneTool.exe。请修复完整 Mod 编辑器安装。");
 

@@ -1,11 +1,9 @@
-// The pure pieces of the tool bridge: stage lines, progress and timing files, the Chinese
-// failure texts and the source listing.
-#include "context/UiLanguage.h"
+// The pure pieces of the tool bridge: progress and timing files and the source listing.
+#include "TestSupport.h"
+
 #include "foundation/Text.h"
 #include "tool/ModSource.h"
-#include "tool/PrepareStage.h"
 #include "tool/ProgressFile.h"
-#include "tool/ToolOutcome.h"
 
 #include <gtest/gtest.h>
 
@@ -13,37 +11,6 @@
 
 namespace korvane {
 namespace {
-
-TEST(ToolTexts, StageWordsAndFailuresInBothLanguages)
-{
-    struct Row { const wchar_t *word, *english, *chinese; };
-    const Row rows[] = {
-        {L"sdkMetadata", L"Reading SDK metadata…", L"读取 SDK 元数据…"},
-        {L"sdkVerify", L"Verifying SDK payload integrity…", L"校验 SDK 内容完整性…"},
-        {L"sdkHash", L"Computing the SDK content revision…", L"计算 SDK 内容版本…"},
-        {L"cacheVerify", L"Verifying the local SDK cache…", L"校验本地 SDK 缓存…"},
-        {L"materialize", L"Preparing local SDK files…", L"准备本地 SDK 文件…"},
-        {L"sourceInspect", L"Verifying the Mod source…", L"校验 Mod 源码…"},
-        {L"workspacePrepare", L"Preparing the Mod workspace…", L"准备 Mod 工作区…"},
-        {L"pluginsApply", L"Applying SDK plugins…", L"应用 SDK 插件…"},
-        {L"complete", L"Workspace preparation complete…", L"工作区准备完成…"},
-        {L"sdkhash", L"Preparing the Mod…", L"正在准备 Mod…"},  // case matters
-        {L"", L"Preparing the Mod…", L"正在准备 Mod…"},
-        {L"complete ", L"Preparing the Mod…", L"正在准备 Mod…"},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(StageText(row.word), row.english) << row.word;
-    }
-    SetUiLanguage(L"zh-Hans");
-    for (const Row& row : rows) {
-        EXPECT_EQ(StageText(row.word), row.chinese) << row.word;
-    }
-    Text error;
-    CompleteToolError(4294967295u, "", "", error);
-    EXPECT_EQ(error, L"KorvaneTool 失败（退出码 4294967295).");
-    EXPECT_EQ(ToolStartFailedText(2), L"无法启动 KorvaneTool（Windows 错误 2).");
-    SetUiLanguage(L"en");
-}
 
 TEST(ProgressFile, LinesFollowChangesAndCarryTheCacheState)
 {
@@ -67,12 +34,11 @@ TEST(ProgressFile, LinesFollowChangesAndCarryTheCacheState)
         EXPECT_EQ(follower.Take(row.content, cacheHit), expected) << row.content;
         EXPECT_EQ(cacheHit, row.cacheHit) << row.content;
     }
-    SetUiLanguage(L"zh-Hans");
+    const testing::ScopedUiLanguage chinese(L"zh-Hans");
     std::int32_t fresh = -1;
     ProgressFileFollower other;
     EXPECT_EQ(other.Take(R"({"stage":"complete","cacheHit":true})", fresh), Text(L"工作区准备完成… · SDK 缓存命中，正在校验"));
     EXPECT_EQ(other.Take(R"({"cacheHit":false})", fresh), Text(L"正在准备 Mod… · 正在从 SDK 创建缓存"));
-    SetUiLanguage(L"en");
 }
 
 TEST(ProgressFile, TimingReportLastRowWithTheKeyWins)

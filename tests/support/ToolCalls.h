@@ -1,5 +1,5 @@
 #pragma once
-// What the tool tests look at after a run: the calls a sample install's tool logged, the
+// What tests look at after tool runs: the calls a sample install's tool logged, the
 // processes they name, and the launcher's temporary files.
 
 #include "foundation/Json.h"
