@@ -139,6 +139,15 @@ Text QuoteCommandArgument(TextView text)
     return quoted;
 }
 
+Text MajorMinor(TextView version)
+{
+    const size_t firstDot = version.find(L'.');
+    if (firstDot == TextView::npos) {
+        return {};
+    }
+    return Text(version.substr(0, version.find(L'.', firstDot + 1)));
+}
+
 Text DecimalText(std::uint64_t value)
 {
     return std::to_wstring(value);

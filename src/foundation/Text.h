@@ -42,6 +42,10 @@ Text QuoteJsonText(TextView text);
 // Always-quoted argument that CommandLineToArgvW splits back into exactly `text`.
 Text QuoteCommandArgument(TextView text);
 
+// A version up to, and without, its second "."  ("5.6.1-123" gives "5.6"); the whole text
+// when it has one "."; empty when it has none.
+Text MajorMinor(TextView version);
+
 // Unsigned decimal, no sign or leading zeros.
 Text DecimalText(std::uint64_t value);
 

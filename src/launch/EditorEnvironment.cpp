@@ -16,20 +16,11 @@ void RemoveSdksRootFromEnvironment()
     SetEnvironmentVariableW(kSdksRootVariable, nullptr);
 }
 
-Text EngineMajorMinor(TextView engineBuild)
-{
-    const size_t firstDot = engineBuild.find(L'.');
-    if (firstDot == TextView::npos) {
-        return {};
-    }
-    return Text(engineBuild.substr(0, engineBuild.find(L'.', firstDot + 1)));
-}
-
 Text ReadReceiptMajorMinor(TextView editorRoot)
 {
     const Bytes receipt = ReadWholeFile(JoinPath(editorRoot, L"KorvaneEditor.receipt.json"), kReportFileLimit);
     const JsonValue document = ParseJson(receipt);
-    return EngineMajorMinor(FindJsonMember(document, L"engineBuild").text);
+    return MajorMinor(FindJsonMember(document, L"engineBuild").text);
 }
 
 Text PrepareLocalDataCache(TextView majorMinor)

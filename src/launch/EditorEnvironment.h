@@ -16,10 +16,6 @@ inline constexpr wchar_t kLocalDataCacheVariable[] = L"UE-LocalDataCachePath";
 // Removes UE_SDKS_ROOT from the launcher's own environment.
 void RemoveSdksRootFromEnvironment();
 
-// The build string up to, and without, its second "."; the whole string when it has one
-// "."; empty when it has none.
-Text EngineMajorMinor(TextView engineBuild);
-
 // Major.Minor of member "engineBuild" of "KorvaneEditor.receipt.json" in `editorRoot`, empty
 // when the member is absent. Throws std::runtime_error for a receipt that is missing,
 // empty, too large or malformed.

@@ -195,7 +195,7 @@ TEST(HostConfiguration, ABadFileStopsOnlyTheModesThatReadItWithABoxOutsideHeadle
     } untouched[] = {
         {{L"-KorvaneEmptyHost", L"-KorvaneLauncherCheck"}, 0},
         {{L"-KorvaneStartupPreview", L"-KorvaneStartupPreviewMs=250"}, 0},
-        {{L"-KorvanePickerPreview", L"-KorvanePickerPreviewMs=250"}, 7},  // the picker window is not built yet
+        {{L"-KorvanePickerPreview", L"-KorvanePickerPreviewMs=250"}, 0},
     };
     for (const auto& row : untouched) {
         EXPECT_EQ(setup.Run(row.arguments), row.exitCode) << TextToUtf8(row.arguments.front());

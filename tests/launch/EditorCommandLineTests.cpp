@@ -66,7 +66,7 @@ TEST(EditorCommandLine, CacheArgumentsFollowTheEngineBuild)
 {
     for (const auto& [build, majorMinor] : std::vector<std::pair<Text, Text>>{{L"5.8.1", L"5.8"},
              {L"5.8.1.42-release", L"5.8"}, {L"5.7", L"5.7"}, {L"5.8-preview", L"5.8-preview"}, {L"5", L""}}) {
-        EXPECT_EQ(EngineMajorMinor(build), majorMinor) << TextToUtf8(build);
+        EXPECT_EQ(MajorMinor(build), majorMinor) << TextToUtf8(build);
     }
     const Text cache = L"C:\\Users\\A B\\AppData\\Local\\Korvane\\DerivedDataCache\\5.8";
     const Text cacheWord = L" \"-LocalDataCachePath=" + cache + L"\"";
