@@ -1,0 +1,134 @@
+// The Interactive mode from end to end: the real launcher started with no arguments in a sample
+// install, its picker driven as an author drives it, the stand-in tool and editor playing theirs.
+#include "PickerDriver.h"
+#include "SampleInstall.h"
+
+#include "foundation/Paths.h"
+
+#include <gtest/gtest.h>
+
+namespace korvane {
+namespace {
+
+using testing::PickerProcess;
+using testing::SampleInstall;
+
+constexpr int kStatusLine = 1005;
+constexpr int kSearch = 1008;
+constexpr int kStartEditing = 1003;
+constexpr int kRefresh = 1014;
+constexpr UINT kInitialLoadMessage = 0x8048;
+
+Text ModCountStatus(const SampleInstall& install)
+{
+    return DecimalText(install.ModCount()) + L" Mods";
+}
+
+// The text of the box the picker shows, answered with OK; empty when none came.
+Text AnswerBox(PickerProcess& picker, Text* caption = nullptr)
+{
+    const auto box = testing::WaitForMessageBox(picker.Process().Id(), picker.Process().Handle(), 60000);
+    if (!box) {
+        return {};
+    }
+    if (caption != nullptr) {
+        *caption = box->title;
+    }
+    testing::PressMessageBoxButton(box->window, IDOK);
+    return box->text;
+}
+
+TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
+{
+    SampleInstall install(L"interactive");
+    install.SetEditorScenario(LR"({"mode":"normal","runMs":400,"exitCode":42,"shaderLines":0})");
+    testing::ScratchDirectory reports(L"interactive-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(testing::ReportStatus(picker.Report()));
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"sdkFile").text, install.SdkPath()) << "the host's SDK is loaded";
+
+    // The search narrows the list to the one Mod of that name, in any case of A to Z.
+    Text query = install.ModName(3);
+    CharUpperBuffW(query.data(), static_cast<DWORD>(query.size()));
+    picker.Type(kSearch, query);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(),
+        [&] { return FindJsonMember(picker.Report(), L"visibleModCount").text == L"1"; }));
+    picker.ClickRow(0);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)); }));
+    picker.Click(kStartEditing);
+
+    // The picker steps aside for the progress window, and then the editor stands.
+    EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return !IsWindowVisible(picker.Window()); }));
+    EXPECT_TRUE(testing::WaitUntil(picker.Process(),
+        [&] { return testing::FindProcessWindow(picker.Process().Id(), L"KorvaneStartupProgress") != nullptr; }));
+    EXPECT_EQ(picker.WaitForExit(), 42u);
+    const auto records = install.EditorRecords();
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_NE(FindJsonMember(records[0], L"commandLine").text.find(
+                  QuoteCommandArgument(L"-KorvaneSelectedMod=" + install.ModId(3))),
+        Text::npos);
+}
+
+TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
+{
+    SampleInstall install(L"interactive-failed");
+    install.SetEditorScenario(LR"({"mode":"exitBeforeWindow","exitCode":3})");
+    testing::ScratchDirectory reports(L"interactive-failed-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
+    picker.ClickRow(1, true);  // a double-click starts editing
+
+    Text caption;
+    const Text message = AnswerBox(picker, &caption);
+    EXPECT_EQ(caption, L"Korvane operation failed");
+    EXPECT_EQ(message.rfind(L"Editor startup failed (exit code 3). Check the startup log in Saved/Logs.\n", 0), 0u)
+        << TextToUtf8(message);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
+    EXPECT_TRUE(picker.WaitForStatus(message));
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"sdkFile").text, install.SdkPath()) << "the SDK, not the workspace";
+    EXPECT_TRUE(IsWindowEnabled(picker.Control(kStartEditing))) << "the picker is usable again";
+
+    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker.WaitForExit(), 0u);
+}
+
+TEST(Interactive, ClosingDuringALoadCancelsItAndClosesWhenItEnds)
+{
+    SampleInstall install(L"interactive-closing");
+    install.SetToolScenario(LR"({"sdk-preview":{"hang":true}})");
+    testing::ScratchDirectory reports(L"interactive-closing-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return install.ToolCalls().size() == 1; }));
+    EXPECT_EQ(picker.TextOf(kStatusLine), L"Reading SDK…");
+
+    // A second task is dropped without a trace, whether asked for by message or by command.
+    PostMessageW(picker.Window(), kInitialLoadMessage, 0, 0);
+    picker.Click(kRefresh);
+    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return picker.TextOf(kStatusLine) == L"Cancelling…"; }));
+    EXPECT_EQ(picker.WaitForExit(), 0u) << "closed once the cancelled load ended";
+    EXPECT_EQ(install.ToolCalls().size(), 1u);
+    EXPECT_EQ(testing::ReportStatus(picker.Report()), L"Cancelling…") << "the report of the moment it closed";
+}
+
+TEST(Interactive, AToolAnswerThatIsNoPreviewGivesTheOneMessage)
+{
+    SampleInstall install(L"interactive-schema");
+    install.SetToolScenario(LR"({"sdk-preview":{"stdout":"[]"}})");
+    testing::ScratchDirectory reports(L"interactive-schema-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    Text caption;
+    EXPECT_EQ(AnswerBox(picker, &caption), L"Could not read the tool JSON result.");
+    EXPECT_EQ(caption, L"Korvane operation failed");
+    EXPECT_TRUE(picker.WaitForStatus(L"Could not read the tool JSON result."));
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"modCount").text, L"0");
+    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker.WaitForExit(), 0u);
+}
+
+}  // namespace
+}  // namespace korvane

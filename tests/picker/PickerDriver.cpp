@@ -1,0 +1,123 @@
+#include "PickerDriver.h"
+
+#include "foundation/Files.h"
+#include "foundation/Paths.h"
+
+#include <gtest/gtest.h>
+
+namespace korvane::testing {
+namespace {
+
+constexpr int kModListId = 1009;
+
+struct WindowSearch {
+    DWORD processId;
+    Text className;
+    HWND found;
+};
+
+}  // namespace
+
+HWND FindProcessWindow(DWORD processId, TextView className)
+{
+    WindowSearch search{processId, Text(className), nullptr};
+    EnumWindows(
+        [](HWND window, LPARAM parameter) -> BOOL {
+            auto& wanted = *reinterpret_cast<WindowSearch*>(parameter);
+            DWORD owner = 0;
+            GetWindowThreadProcessId(window, &owner);
+            wchar_t name[128] = {};
+            GetClassNameW(window, name, 128);
+            if (owner == wanted.processId && wanted.className == name && IsWindowVisible(window)) {
+                wanted.found = window;
+                return FALSE;
+            }
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs)
+{
+    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+    while (!ready()) {
+        if (GetTickCount64() >= deadline || WaitForSingleObject(process.Handle(), 20) == WAIT_OBJECT_0) {
+            return ready();
+        }
+    }
+    return true;
+}
+
+PickerProcess::PickerProcess(
+    TextView launcher, std::vector<Text> arguments, TextView reportFolder, const ProcessOptions& options)
+    : reportPath_(JoinPath(reportFolder, L"picker-report.json"))
+{
+    arguments.push_back(L"-KorvanePickerReport=" + reportPath_);
+    ProcessOptions shown = options;
+    shown.hidden = false;
+    if (shown.currentDirectory.empty()) {
+        shown.currentDirectory = ParentPath(launcher);
+    }
+    process_ = ChildProcess::Start(launcher, arguments, shown);
+}
+
+bool PickerProcess::WaitForWindow(DWORD timeoutMs)
+{
+    WaitUntil(process_, [this] { return (window_ = FindProcessWindow(process_.Id(), L"KorvaneLauncherWindow")) != nullptr; },
+        timeoutMs);
+    return window_ != nullptr;
+}
+
+Text PickerProcess::TextOf(int id) const
+{
+    wchar_t text[4096] = {};
+    SendMessageW(Control(id), WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+    return text;
+}
+
+void PickerProcess::Type(int id, TextView text) const
+{
+    SendMessageW(Control(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Text(text).c_str()));
+}
+
+void PickerProcess::Click(int id) const
+{
+    PostMessageW(Control(id), BM_CLICK, 0, 0);
+}
+
+void PickerProcess::ClickRow(int row, bool doubleClick) const
+{
+    const HWND list = Control(kModListId);
+    RECT rowRect{};
+    SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rowRect));
+    const LPARAM point = MAKELPARAM((rowRect.left + rowRect.right) / 2, (rowRect.top + rowRect.bottom) / 2);
+    PostMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, point);
+    PostMessageW(list, WM_LBUTTONUP, 0, point);
+    if (doubleClick) {
+        PostMessageW(list, WM_LBUTTONDBLCLK, MK_LBUTTON, point);
+        PostMessageW(list, WM_LBUTTONUP, 0, point);
+    }
+}
+
+JsonValue PickerProcess::Report() const
+{
+    const Bytes bytes = ReadWholeFile(reportPath_, 1048576);
+    try {
+        return bytes.empty() ? JsonValue() : ParseJson(bytes);
+    } catch (const std::exception&) {
+        return {};  // caught while the launcher rewrote it
+    }
+}
+
+bool PickerProcess::WaitForStatus(TextView status, DWORD timeoutMs)
+{
+    return WaitUntil(process_, [&] { return ReportStatus(Report()) == status; }, timeoutMs);
+}
+
+DWORD PickerProcess::WaitForExit(DWORD timeoutMs)
+{
+    return process_.Wait(timeoutMs) ? process_.ExitCode() : 0xFFFFFFFF;
+}
+
+}  // namespace korvane::testing

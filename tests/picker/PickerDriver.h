@@ -1,0 +1,64 @@
+#pragma once
+// The picker of a real launcher process, reached as a person or an automation tool reaches it:
+// through its window's class and control ids, messages to the real controls, mouse messages on
+// the list, and the report the launcher writes. Nothing here looks inside the process.
+
+#include "MessageBoxes.h"
+#include "TestSupport.h"
+
+#include "foundation/Json.h"
+#include "foundation/Text.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace korvane::testing {
+
+// The first visible top-level window of a class in a process, or null.
+HWND FindProcessWindow(DWORD processId, TextView className);
+
+// Polls until `ready` holds or `timeoutMs` pass, or the process ends: a window of another process
+// gives nothing to wait on. True when it held.
+bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs = 60000);
+
+class PickerProcess {
+public:
+    // Starts the launcher at `launcher` with the arguments and a report next to `reportFolder`.
+    PickerProcess(TextView launcher, std::vector<Text> arguments, TextView reportFolder,
+        const ProcessOptions& options = {});
+
+    ChildProcess& Process() noexcept { return process_; }
+    HWND Window() const noexcept { return window_; }
+    // Waits for the picker window; false when the process ended or it never came.
+    bool WaitForWindow(DWORD timeoutMs = 60000);
+    HWND Control(int id) const { return GetDlgItem(window_, id); }
+    Text TextOf(int id) const;
+    // Sets an edit's text as typing would: the edit tells its parent of the change.
+    void Type(int id, TextView text) const;
+    // A click on a button, posted, so that a box it opens does not hold this thread.
+    void Click(int id) const;
+    // A click, then a double-click, on a row of the Mod list, as a mouse would make them.
+    void ClickRow(int row, bool doubleClick = false) const;
+    // The last report the launcher wrote; an empty value before the first.
+    JsonValue Report() const;
+    // Waits until the report's status reads `status`.
+    bool WaitForStatus(TextView status, DWORD timeoutMs = 60000);
+    // Waits for the launcher's end; its exit code, or 0xFFFFFFFF when it did not end.
+    DWORD WaitForExit(DWORD timeoutMs = 120000);
+
+private:
+    Text reportPath_;
+    ChildProcess process_;
+    HWND window_ = nullptr;
+};
+
+// The status line text of the report.
+inline Text ReportStatus(const JsonValue& report)
+{
+    return FindJsonMember(report, L"status").text;
+}
+
+}  // namespace korvane::testing
