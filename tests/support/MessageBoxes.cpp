@@ -5,17 +5,19 @@ namespace {
 
 struct Search {
     DWORD processId = 0;
+    TextView className;
     HWND found = nullptr;
 };
 
-BOOL CALLBACK FindDialog(HWND window, LPARAM parameter)
+BOOL CALLBACK FindWindowOfClass(HWND window, LPARAM parameter)
 {
     auto* search = reinterpret_cast<Search*>(parameter);
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
-    wchar_t className[64] = {};
-    GetClassNameW(window, className, 64);
-    if (owner == search->processId && IsWindowVisible(window) && Text(className) == L"#32770") {
+    wchar_t className[128] = {};
+    const int length = GetClassNameW(window, className, 128);
+    if (owner == search->processId && IsWindowVisible(window) &&
+        EqualsIgnoringCase(TextView(className, static_cast<size_t>(length)), search->className)) {
         search->found = window;
         return FALSE;
     }
@@ -33,18 +35,23 @@ Text WindowText(HWND window)
 
 }  // namespace
 
+HWND FindVisibleWindow(DWORD processId, TextView className)
+{
+    Search search{processId, className, nullptr};
+    EnumWindows(FindWindowOfClass, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
 std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs)
 {
     const ULONGLONG deadline = GetTickCount64() + timeoutMs;
     for (;;) {
-        Search search{processId, nullptr};
-        EnumWindows(FindDialog, reinterpret_cast<LPARAM>(&search));
-        if (search.found != nullptr) {
+        if (HWND found = FindVisibleWindow(processId, L"#32770")) {
             MessageBoxSeen seen;
-            seen.window = search.found;
-            seen.title = WindowText(search.found);
+            seen.window = found;
+            seen.title = WindowText(found);
             // The message text is the static control with id 0xFFFF.
-            if (HWND label = GetDlgItem(search.found, 0xFFFF)) {
+            if (HWND label = GetDlgItem(found, 0xFFFF)) {
                 seen.text = WindowText(label);
             }
             return seen;

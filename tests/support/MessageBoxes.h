@@ -1,6 +1,6 @@
 #pragma once
-// Finding and answering the message boxes that a child process shows. Used by tests that
-// check the text and language of a box, and by tests that answer a question box.
+// Finding the windows that a child process shows, and answering its message boxes. Used by
+// tests that check the text and language of a box, answer a question box, or wait for a window.
 
 #include "foundation/Text.h"
 
@@ -15,6 +15,9 @@ struct MessageBoxSeen {
     Text title;
     Text text;
 };
+
+// A visible top-level window of class `className` (case ignored) of process `processId`, or null.
+HWND FindVisibleWindow(DWORD processId, TextView className);
 
 // Waits until process `processId` shows a dialog box (class #32770), or `process` ends, or
 // `timeoutMs` passes. Polls the window list: there is nothing to wait on for a window of

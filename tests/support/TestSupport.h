@@ -9,7 +9,6 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -66,7 +65,6 @@ Bytes ReadRealData(TextView relativePath);
 
 struct ProcessOptions {
     Text currentDirectory;                      // empty: the caller's
-    std::map<Text, std::optional<Text>> environment;  // changes to the caller's; nullopt removes
     DWORD timeoutMs = 120000;                   // a hung child fails the test, then is killed
     bool hidden = true;
 };
