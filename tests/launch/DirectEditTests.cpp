@@ -43,38 +43,12 @@ ChildProcess StartLauncher(const SampleInstall& install, const std::vector<Text>
     return ChildProcess::Start(install.Launcher(), arguments, options);
 }
 
-struct WindowSearch {
-    DWORD processId;
-    const wchar_t* className;
-    HWND found;
-};
-
-HWND FindTopLevelWindow(DWORD processId, const wchar_t* className)
-{
-    WindowSearch search{processId, className, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-            auto& wanted = *reinterpret_cast<WindowSearch*>(parameter);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            wchar_t name[128] = {};
-            GetClassNameW(window, name, 128);
-            if (owner == wanted.processId && lstrcmpiW(name, wanted.className) == 0 && IsWindowVisible(window)) {
-                wanted.found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
-
 // Polls the window list: a window of another process gives nothing to wait on.
 HWND WaitForTopLevelWindow(const ChildProcess& process, const wchar_t* className, DWORD timeoutMs = 60000)
 {
     const ULONGLONG deadline = GetTickCount64() + timeoutMs;
     while (GetTickCount64() < deadline) {
-        if (HWND window = FindTopLevelWindow(process.Id(), className)) {
+        if (HWND window = testing::FindVisibleWindow(process.Id(), className)) {
             return window;
         }
         if (WaitForSingleObject(process.Handle(), 20) == WAIT_OBJECT_0) {
@@ -82,18 +56,6 @@ HWND WaitForTopLevelWindow(const ChildProcess& process, const wchar_t* className
         }
     }
     return nullptr;
-}
-
-// Every tool run of this install has ended (checked by the ids the tool logged: other test
-// programs may run tools of their own meanwhile).
-void ExpectNoToolRunning(const SampleInstall& install)
-{
-    for (const JsonValue& call : install.ToolCalls()) {
-        const DWORD id = static_cast<DWORD>(std::stoul(FindJsonMember(call, L"pid").text));
-        for (const DWORD running : testing::ProcessesNamed(L"KorvaneTool.exe")) {
-            EXPECT_NE(running, id) << "a tool of this launch still runs";
-        }
-    }
 }
 
 // The text of the box that the launcher shows before ending; the box is answered with OK.
@@ -155,7 +117,7 @@ TEST(DirectEdit, PreparesTheWorkspaceStartsTheEditorAndPassesItsExitCodeOn)
     EXPECT_NE(std::find(loading, phases.end(), Text(L"Initializing the Editor engine…")), phases.end());
     EXPECT_EQ(phases.back(), L"Engine initialized; preparing the Editor interface…") << "the editor's last marker";
     EXPECT_EQ(FindJsonMember(values, L"phase").text, phases.back());
-    ExpectNoToolRunning(install);
+    testing::ExpectNoToolRunning(install.ToolCalls());
 }
 
 TEST(DirectEdit, TheLastCultureOrLanguageWordDecidesTheEditorsCultureAndTheWindowsLanguage)
@@ -234,7 +196,7 @@ TEST(DirectEdit, ProgramsThatCannotStartOrRefuseEndInTheirMessageWithNothingLeft
         const JsonValue values = ParseJson(testing::ReadFileBytes(report));
         EXPECT_EQ(FindJsonMember(values, L"editorCulture").text, row.chinese ? L"zh-Hans" : L"en");
         EXPECT_TRUE(FindJsonMember(values, L"observedPhases").items.empty());
-        ExpectNoToolRunning(install);
+        testing::ExpectNoToolRunning(install.ToolCalls());
     }
 }
 
@@ -313,7 +275,7 @@ TEST(DirectEdit, CancelDuringLookupPreparationAndTheWatchLeavesNothingRunning)
         EXPECT_EQ(AnswerErrorBox(preparing), L"Operation cancelled.") << TextToUtf8(scenario);
         ASSERT_TRUE(preparing.Wait(60000));
         EXPECT_EQ(preparing.ExitCode(), 6u);
-        ExpectNoToolRunning(install);
+        testing::ExpectNoToolRunning(install.ToolCalls());
     }
     EXPECT_TRUE(install.EditorRecords().empty());
 
@@ -379,7 +341,7 @@ TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
     const DWORD editorId = static_cast<DWORD>(std::stoul(FindJsonMember(install.EditorRecords()[0], L"pid").text));
     HWND editorWindow = nullptr;
     for (int attempt = 0; attempt < 1200 && editorWindow == nullptr; ++attempt) {
-        editorWindow = FindTopLevelWindow(editorId, L"UnrealWindow");
+        editorWindow = testing::FindVisibleWindow(editorId, L"UnrealWindow");
         WaitForSingleObject(winner->Handle(), 50);
     }
     ASSERT_NE(editorWindow, nullptr);

@@ -1,5 +1,7 @@
 #include "MessageBoxes.h"
 
+#include <gtest/gtest.h>
+
 namespace korvane::testing {
 namespace {
 
@@ -71,6 +73,17 @@ std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process,
 void PressMessageBoxButton(HWND box, int buttonId)
 {
     PostMessageW(box, WM_COMMAND, MAKEWPARAM(buttonId, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(box, buttonId)));
+}
+
+RunEnd WaitAnsweringBox(ChildProcess child, DWORD timeoutMs)
+{
+    RunEnd end{0xFFFFFFFF, WaitForMessageBox(child.Id(), child.Handle(), timeoutMs)};
+    if (end.box) {
+        PressMessageBoxButton(end.box->window, IDOK);
+    }
+    EXPECT_TRUE(child.Wait(timeoutMs)) << "the child did not end";
+    end.exitCode = child.ExitCode();
+    return end;
 }
 
 }  // namespace korvane::testing

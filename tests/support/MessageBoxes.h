@@ -2,6 +2,8 @@
 // Finding the windows that a child process shows, and answering its message boxes. Used by
 // tests that check the text and language of a box, answer a question box, or wait for a window.
 
+#include "TestSupport.h"
+
 #include "foundation/Text.h"
 
 #include <windows.h>
@@ -26,5 +28,14 @@ std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process,
 
 // Presses the button with control id `buttonId` (IDOK, IDYES, IDNO, IDCANCEL) of the box.
 void PressMessageBoxButton(HWND box, int buttonId);
+
+// How a started child ended: its exit code, and the first box it showed, answered with OK.
+struct RunEnd {
+    DWORD exitCode = 0xFFFFFFFF;
+    std::optional<MessageBoxSeen> box;
+};
+// Waits for the child's box or its end, answers the box, then waits for the end; a child that
+// does not end within `timeoutMs` fails the test.
+RunEnd WaitAnsweringBox(ChildProcess child, DWORD timeoutMs = 120000);
 
 }  // namespace korvane::testing

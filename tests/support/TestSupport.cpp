@@ -205,6 +205,35 @@ ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments
     return result;
 }
 
+LauncherInstall::LauncherInstall(TextView label, TextView installRelative)
+    : scratch_(label), root_(scratch_ / installRelative)
+{
+    CopyFileTo(BuiltLauncherPath(), Launcher());
+    WriteFileBytes(Editor(), "MZ");
+}
+
+Text LauncherInstall::Launcher() const
+{
+    return JoinPath(root_, L"KorvaneEditor.exe");
+}
+
+Text LauncherInstall::Editor() const
+{
+    return JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
+}
+
+ChildProcess LauncherInstall::Start(const std::vector<Text>& arguments) const
+{
+    return ChildProcess::Start(Launcher(), arguments, {.currentDirectory = root_});
+}
+
+DWORD LauncherInstall::Run(const std::vector<Text>& arguments) const
+{
+    const ProcessResult result = RunProcess(Launcher(), arguments, {.currentDirectory = root_});
+    EXPECT_FALSE(result.timedOut);
+    return result.exitCode;
+}
+
 std::vector<DWORD> ProcessesNamed(TextView fileName)
 {
     std::vector<DWORD> ids;

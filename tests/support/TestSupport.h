@@ -100,6 +100,27 @@ private:
     DWORD id_ = 0;
 };
 
+// The built launcher copied into `installRelative` of a scratch folder of its own, with a file
+// where it looks for the editor, so that a test can shape the folders around it. Its runs start
+// in the install root.
+class LauncherInstall {
+public:
+    explicit LauncherInstall(TextView label, TextView installRelative = L"install");
+
+    const Text& Root() const noexcept { return root_; }
+    Text Launcher() const;  // Root()\KorvaneEditor.exe
+    Text Editor() const;    // Root()\Engine\Binaries\Win64\UnrealEditor.exe
+    const Text& ScratchPath() const noexcept { return scratch_.Path(); }
+    Text operator/(TextView relative) const { return scratch_ / relative; }
+    ChildProcess Start(const std::vector<Text>& arguments) const;
+    // Runs to the end and gives the exit code; a run that outlasts two minutes fails the test.
+    DWORD Run(const std::vector<Text>& arguments) const;
+
+private:
+    ScratchDirectory scratch_;
+    Text root_;
+};
+
 // Calls `start` (a StartProcess) again while it fails with ERROR_INTERNAL_ERROR, a few times:
 // Wine now and then refuses to start an image whose previous process was just terminated.
 template <typename Start>

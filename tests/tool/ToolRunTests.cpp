@@ -92,12 +92,9 @@ TEST(RunTool, EveryWayARunEndsAndTheArgumentsItPasses)
         for (const JsonValue& call : calls) {
             EXPECT_EQ(FindJsonMember(call, L"cwd").text, install.EditorRoot()) << "the child runs in the install";
         }
-        const std::vector<DWORD> started = testing::ProcessIdsOf(calls);
-        EXPECT_EQ(started.size(), calls.size() * (row.scenario.find(L"grandchild") != Text::npos ? 2 : 1));
-        const std::vector<DWORD> running = testing::ProcessesNamed(L"KorvaneTool.exe");
-        for (const DWORD id : started) {
-            EXPECT_EQ(std::count(running.begin(), running.end(), id), 0) << "outlived the run: " << id;
-        }
+        const bool grandchild = row.scenario.find(L"grandchild") != Text::npos;
+        EXPECT_EQ(testing::ProcessIdsOf(calls).size(), calls.size() * (grandchild ? 2 : 1));
+        testing::ExpectNoToolRunning(calls);
         EXPECT_EQ(testing::LauncherTempFiles(), tempBefore);
     }
 
