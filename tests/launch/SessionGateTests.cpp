@@ -5,6 +5,7 @@
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
+#include "launch/LaunchErrors.h"
 #include "launch/SessionGate.h"
 
 #include <gtest/gtest.h>
@@ -17,9 +18,9 @@
 namespace korvane {
 namespace {
 
-constexpr wchar_t kKV1830[] = L"KV1830: A Mod editor is already open. Close it before opening another.";
-constexpr wchar_t kClosing[] =
-    L"The previous editing session is still closing. Finish saving and close it before retrying.";
+// The boxes' wording is checked with every other text; here, which box a run shows.
+const Text kKV1830 = kSessionInUseMessage.In(false);
+const Text kClosing = kSessionClosingMessage.In(false);
 
 // Another launcher or a running editor, for as long as the handle is held.
 UniqueHandle HoldEvent(const wchar_t* name)
@@ -54,11 +55,11 @@ DWORD ExitCodeOf(HANDLE process)
 }
 
 // Waits for the launcher's box, checks and answers it; the run then ends with 9.
-void ExpectBoxThenNine(DWORD launcherId, HANDLE launcher, const wchar_t* text)
+void ExpectBoxThenNine(DWORD launcherId, HANDLE launcher, const Text& text)
 {
     const auto box = testing::WaitForMessageBox(launcherId, launcher);
     ASSERT_TRUE(box.has_value()) << "the launcher ended without a box";
-    EXPECT_EQ(box->title, L"Korvane launch error");
+    EXPECT_EQ(box->title, kLaunchErrorTitle.In(false));
     EXPECT_EQ(box->text, text);
     testing::PressMessageBoxButton(box->window, IDOK);
     EXPECT_EQ(ExitCodeOf(launcher), 9u);

@@ -6,6 +6,7 @@
 #include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "tool/ToolCommand.h"
+#include "tool/ToolMessages.h"
 #include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
@@ -118,7 +119,7 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
     invocation.arguments = L"sdk-info";
     ToolResult result = RunTool(invocation);
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.error, L"KV4210: KorvaneTool.exe is missing. Repair the Mod Editor installation.");
+    EXPECT_EQ(result.error, kToolMissingMessage.In(false));
 
     // A folder where the tool should be is no tool either.
     testing::MakeDirectories(empty / L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe");
@@ -127,7 +128,7 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
         result = RunTool(invocation);
     }
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.error, L"KV4210: 缺少 KorvaneTool.exe。请修复完整 Mod 编辑器安装。");
+    EXPECT_EQ(result.error, kToolMissingMessage.In(true)) << "in the language of the moment";
 
     std::atomic<bool> cancel{true};
     invocation.cancelFlag = &cancel;
