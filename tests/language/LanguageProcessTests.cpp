@@ -97,10 +97,8 @@ TEST(LauncherLanguage, SavedSettingOfTheEditorsVersionChoosesAndThePreviewOption
         {"\xFF\xFE" + testing::Utf16Bytes(u"[Internationalization]\r\nLanguage=zh-Hans\r\n"), nullptr, true, "UTF-16"},
         {"[/Script/UnrealEd.EditorSettings]\nbCopyStarterContentPreference=True\n[INTERNATIONALIZATION]\nLanguage=\n"
          "Culture = \"zh_CN\"\n", nullptr, true, "a Simplified Chinese culture maps to zh-Hans"},
-        {"[Internationalization]\nLanguage=ja\n", nullptr, false, "a language the editor lacks falls to English"},
         {chinese, L"-KorvanePickerPreviewLanguage=ko", false, "the option wins over the saved language"},
         {english, L"-KorvanePickerPreviewLanguage=zh_CN", true, "an underscore regional code"},
-        {english, L"-KorvanePickerPreviewLanguage=zh-TW", false, "Traditional Chinese is not offered"},
     };
     for (const auto& run : runs) {
         settings.Set(run.saved);
