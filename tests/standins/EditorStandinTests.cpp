@@ -22,10 +22,7 @@ TEST(EditorStandin, RecordsItsRunWritesItsLogShowsItsWindowAndEndsWithItsCode)
     options.currentDirectory = install.EditorRoot();
     options.hidden = false;
     testing::ChildProcess editor = testing::ChildProcess::Start(install.EditorExe(), arguments, options);
-    HWND window = nullptr;
-    while (window == nullptr && !editor.Wait(20)) {
-        window = testing::FindVisibleWindow(editor.Id(), L"UnrealWindow");
-    }
+    const HWND window = testing::WaitForVisibleWindow(editor.Id(), editor.Handle(), L"UnrealWindow");
     ASSERT_NE(window, nullptr) << "the editor ended without its main window";
     EXPECT_FALSE(editor.Wait(300)) << "it runs until its window is closed";
     PostMessageW(window, WM_CLOSE, 0, 0);

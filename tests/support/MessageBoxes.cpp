@@ -44,30 +44,37 @@ HWND FindVisibleWindow(DWORD processId, TextView className)
     return search.found;
 }
 
-std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs)
+HWND WaitForVisibleWindow(DWORD processId, HANDLE process, TextView className, DWORD timeoutMs)
 {
     const ULONGLONG deadline = GetTickCount64() + timeoutMs;
     for (;;) {
-        if (HWND found = FindVisibleWindow(processId, L"#32770")) {
-            MessageBoxSeen seen;
-            seen.window = found;
-            seen.title = WindowText(found);
-            // The message text is the static control with id 0xFFFF.
-            if (HWND label = GetDlgItem(found, 0xFFFF)) {
-                seen.text = WindowText(label);
-            }
-            return seen;
+        if (HWND found = FindVisibleWindow(processId, className)) {
+            return found;
         }
         if (GetTickCount64() >= deadline) {
-            return std::nullopt;
+            return nullptr;
         }
-        // Poll briefly; an ended process cannot show a box any more.
+        // Poll briefly; an ended process cannot show a window any more.
         if (process == nullptr) {
             Sleep(20);
         } else if (WaitForSingleObject(process, 20) == WAIT_OBJECT_0) {
-            return std::nullopt;
+            return nullptr;
         }
     }
+}
+
+std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs)
+{
+    const HWND found = WaitForVisibleWindow(processId, process, L"#32770", timeoutMs);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    MessageBoxSeen seen{found, WindowText(found), {}};
+    // The message text is the static control with id 0xFFFF.
+    if (HWND label = GetDlgItem(found, 0xFFFF)) {
+        seen.text = WindowText(label);
+    }
+    return seen;
 }
 
 void PressMessageBoxButton(HWND box, int buttonId)

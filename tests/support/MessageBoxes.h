@@ -21,9 +21,12 @@ struct MessageBoxSeen {
 // A visible top-level window of class `className` (case ignored) of process `processId`, or null.
 HWND FindVisibleWindow(DWORD processId, TextView className);
 
-// Waits until process `processId` shows a dialog box (class #32770), or `process` ends, or
-// `timeoutMs` passes. Polls the window list: there is nothing to wait on for a window of
-// another process.
+// Waits until process `processId` shows such a window, or `process` (a handle to wait on, or
+// null) ends, or `timeoutMs` passes; null unless shown. Polls the window list: there is nothing
+// to wait on for a window of another process.
+HWND WaitForVisibleWindow(DWORD processId, HANDLE process, TextView className, DWORD timeoutMs = 60000);
+
+// The same for a dialog box (class #32770), with its title and text.
 std::optional<MessageBoxSeen> WaitForMessageBox(DWORD processId, HANDLE process, DWORD timeoutMs = 30000);
 
 // Presses the button with control id `buttonId` (IDOK, IDYES, IDNO, IDCANCEL) of the box.
