@@ -108,15 +108,13 @@ TEST(PrepareWorkspace, ModIdIsResolvedPreparedAndAnswered)
 TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
 {
     SampleInstall install(L"prepare-fail");
-    const Text notFound = kModSourceNotFoundMessage.In(false);
     // `error` empty: the preparation succeeds; `verified`: the cache state a successful tool run reports.
     using Verified = std::optional<std::int32_t>;
     struct Row { Text scenario; int modFile; Text selectedMod; bool withSdk, chinese; Text error; Verified verified; };
     const auto none = std::nullopt;
     const Row rows[] = {
         {L"", 0, L"", false, false, kNoSdkMessage.In(false), none},
-        {L"", -1, L"mod.ffffffffffffffffffffffffffffffff", true, false, notFound, none},
-        {L"", -1, L"MOD." + install.ModId(0).substr(4), true, false, notFound, none},
+        {L"", -1, L"mod.ffffffffffffffffffffffffffffffff", true, false, kModSourceNotFoundMessage.In(false), none},
         // This sentence exists in English only.
         {LR"({"list-sources":{"stdout":"not a listing"}})", -1, install.ModId(0), true, true,
             kInvalidSourceListingMessage.In(true), none},
