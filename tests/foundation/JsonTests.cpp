@@ -24,28 +24,29 @@ std::string FailureOf(BytesView document)
     }
 }
 
+const struct Refusal {
+    const char* document;
+    const char* message;
+} kRefusals[] = {
+    {"", "empty JSON"}, {" \t\r\n", "empty JSON"}, {"\xEF\xBB\xBF", "empty JSON"}, {"[", "empty JSON"},
+    {"[1,", "empty JSON"}, {"{\"a\":", "empty JSON"}, {"{\"a\" :", "empty JSON"},
+    {"[\"a\xFF\"]", "empty JSON"},  // malformed UTF-8 refuses the whole document
+    {"[1", "truncated JSON"}, {"{", "truncated JSON"}, {"{\"a\"", "truncated JSON"}, {"\"\\", "truncated JSON"},
+    {"\"\\u12", "truncated JSON"}, {"\"abc", "truncated JSON"}, {"\"", "truncated JSON"},
+    {"{,}", "invalid JSON"}, {"{a:1}", "invalid JSON"}, {"{\"a\" 1}", "invalid JSON"}, {"{\"a\"}", "invalid JSON"},
+    {"{\"a\":1,}", "invalid JSON"}, {"[1,]", "invalid JSON token"}, {"[1,,2]", "invalid JSON token"},
+    {"]", "invalid JSON token"}, {"[1 2]", "invalid JSON separator"}, {"[1}", "invalid JSON separator"},
+    {"{\"a\":1,\"a\":1}", "duplicate JSON key"},
+    {"{\"a\":1,\"a\":[}", "invalid JSON token"},  // the second value fails before the key is compared
+    {"1 2", "trailing JSON"}, {"{} x", "trailing JSON"}, {"\xEF\xBB\xBF\xEF\xBB\xBF{}", "trailing JSON"},
+    {"\"a\tb\"", "invalid JSON string"}, {"\"a\nb\"", "invalid JSON string"},
+    {"\"\\x\"", "invalid JSON escape"}, {"\"\\u12G4\"", "invalid Unicode"},
+    {"[1\xC2\xA0" "2]", "invalid JSON separator"},  // a space ends a token, so it cannot hide inside one
+};
+
 TEST(ParseJson, RefusesEachMalformedDocumentWithItsMessage)
 {
-    const struct {
-        const char* document;
-        const char* message;
-    } refusals[] = {
-        {"", "empty JSON"}, {" \t\r\n", "empty JSON"}, {"\xEF\xBB\xBF", "empty JSON"}, {"[", "empty JSON"},
-        {"[1,", "empty JSON"}, {"{\"a\":", "empty JSON"}, {"{\"a\" :", "empty JSON"},
-        {"[\"a\xFF\"]", "empty JSON"},  // malformed UTF-8 refuses the whole document
-        {"[1", "truncated JSON"}, {"{", "truncated JSON"}, {"{\"a\"", "truncated JSON"}, {"\"\\", "truncated JSON"},
-        {"\"\\u12", "truncated JSON"}, {"\"abc", "truncated JSON"}, {"\"", "truncated JSON"},
-        {"{,}", "invalid JSON"}, {"{a:1}", "invalid JSON"}, {"{\"a\" 1}", "invalid JSON"}, {"{\"a\"}", "invalid JSON"},
-        {"{\"a\":1,}", "invalid JSON"}, {"[1,]", "invalid JSON token"}, {"[1,,2]", "invalid JSON token"},
-        {"]", "invalid JSON token"}, {"[1 2]", "invalid JSON separator"}, {"[1}", "invalid JSON separator"},
-        {"{\"a\":1,\"a\":1}", "duplicate JSON key"},
-        {"{\"a\":1,\"a\":[}", "invalid JSON token"},  // the second value fails before the key is compared
-        {"1 2", "trailing JSON"}, {"{} x", "trailing JSON"}, {"\xEF\xBB\xBF\xEF\xBB\xBF{}", "trailing JSON"},
-        {"\"a\tb\"", "invalid JSON string"}, {"\"a\nb\"", "invalid JSON string"},
-        {"\"\\x\"", "invalid JSON escape"}, {"\"\\u12G4\"", "invalid Unicode"},
-        {"[1\xC2\xA0" "2]", "invalid JSON separator"},  // a space ends a token, so it cannot hide inside one
-    };
-    for (const auto& refusal : refusals) {
+    for (const Refusal& refusal : kRefusals) {
         EXPECT_EQ(FailureOf(refusal.document), refusal.message) << "document: " << refusal.document;
     }
 }
@@ -153,75 +154,42 @@ TEST(ParseJson, ReadsTheFilesRealEnginesWrote)
     EXPECT_GT(FindJsonMember(ParseJson(testing::ReadRealData(samples[0][0])), L"Modules").members.size(), 300u);
 }
 
-// Feeds the reader many thousands of mutated and truncated documents (seeded, so a failure is
-// reproducible): it must give a value or throw one of its own messages, never crash or hang.
-const char* const kSeeds[] = {
-    "{\"schemaVersion\":1,\"gameInfo\":{\"displayName\":\"\xE6\xB8\xB8\xE6\x88\x8F\"},\"mods\":[{\"id\":"
-    "\"mod.0123456789abcdef0123456789abcdef\",\"name\":\"A \\\"quoted\\\" name\",\"modProject\":"
-    "\"C:\\\\Mods\\\\a.umod\",\"supportedGameVersions\":[\"1.0\",\"1.1\"]}],\"requiresEditorBuildBinding\":false}",
-    "[1, -2.5e10, true, false, null, \"\\u4e2d\\ud83d\\ude00\", {}, [], {\"\":\"\"}]",
-    "\xEF\xBB\xBF  {\"stage\" : \"sdkVerify\" , \"cacheHit\" : true }\r\n",
-    "{\"BuildId\":\"27405482\",\"Modules\":{\"KorvaneRuntime\":\"UnrealEditor-KorvaneRuntime.dll\"}}",
-    "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
-    "]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]",
-};
-
-// Bytes that mean something to the reader, so mutations reach its interesting paths.
-const char kInteresting[] = "{}[]\",:\\u0aF \t\r\n\x0B\x0C\x85\xA0\xC2\xE3\x80\xEF\xBB\xBFnull1e-";
-
-Bytes Mutate(Bytes document, std::mt19937& random)
-{
-    const int steps = std::uniform_int_distribution<int>(1, 4)(random);
-    for (int step = 0; step < steps && !document.empty(); ++step) {
-        const size_t at = std::uniform_int_distribution<size_t>(0, document.size() - 1)(random);
-        const size_t from = std::uniform_int_distribution<size_t>(0, document.size() - 1)(random);
-        const char interesting = kInteresting[random() % (sizeof(kInteresting) - 1)];
-        switch (std::uniform_int_distribution<int>(0, 5)(random)) {
-        case 0: document[at] = interesting; break;
-        case 1: document.insert(at, 1, interesting); break;
-        case 2: document.erase(at, 1); break;
-        case 3: document.resize(at); break;
-        case 4: document[at] = static_cast<char>(random() & 0xFF); break;
-        default: document.insert(at, document.substr(from, 16)); break;
-        }
-    }
-    return document;
-}
-
+// Many thousands of mutated and truncated documents (seeded, so a failure is reproducible) give
+// a value or one of the reader's own messages: never a crash, a hang or another exception.
 TEST(ParseJsonRobustness, MutatedAndTruncatedDocumentsGiveAValueOrAListedMessage)
 {
-    const std::set<std::string> listed = {"empty JSON", "trailing JSON", "JSON nesting", "truncated JSON",
-        "invalid JSON", "invalid JSON token", "invalid JSON separator", "duplicate JSON key", "invalid JSON string",
-        "invalid JSON escape", "invalid Unicode"};
-    std::vector<Bytes> documents;
-    for (const Bytes seed : kSeeds) {
-        for (size_t length = 0; length < seed.size(); ++length) {
-            documents.push_back(seed.substr(0, length));
-        }
+    std::set<std::string> listed{"JSON nesting"};
+    for (const Refusal& refusal : kRefusals) {
+        listed.insert(refusal.message);
     }
+    const Bytes seeds[] = {
+        "\xEF\xBB\xBF {\"schemaVersion\":1,\"gameInfo\":{\"displayName\":\"\xE6\xB8\xB8\"},\"mods\":[{\"id\":\"a \\\"q\\\"\","
+        "\"path\":\"C:\\\\a\",\"v\":[\"1.0\",-2.5e10,true,null,\"\\u4e2d\\ud83d\\ude00\",{},[],{\"\":\"\"}]}]}\r\n",
+        Bytes(64, '[') + Bytes(64, ']'),
+    };
+    // Bytes that mean something to the reader, so that mutations reach its interesting paths.
+    const char interesting[] = "{}[]\",:\\u0aF \t\r\n\x0B\x85\xA0\xC2\xE3\x80\xEF\xBB\xBFnull1e-";
     std::mt19937 random(0x4B56);
+    const auto pick = [&random](size_t size) { return std::uniform_int_distribution<size_t>(0, size - 1)(random); };
     for (int round = 0; round < 60000; ++round) {
-        documents.push_back(Mutate(kSeeds[round % std::size(kSeeds)], random));
-    }
-    int parsed = 0;
-    int refused = 0;
-    std::set<std::string> seen;
-    for (size_t index = 0; index < documents.size(); ++index) {
+        Bytes document = seeds[round % std::size(seeds)];
+        for (int step = 0; step <= round % 4 && !document.empty(); ++step) {
+            const size_t at = pick(document.size());
+            switch (pick(4)) {
+            case 0: document[at] = interesting[pick(sizeof(interesting) - 1)]; break;
+            case 1: document.insert(at, 1, static_cast<char>(random() & 0xFF)); break;
+            case 2: document.resize(at); break;
+            default: document.insert(at, document.substr(pick(document.size()), 16)); break;
+            }
+        }
         try {
-            ParseJson(documents[index]);
-            ++parsed;
+            ParseJson(document);
         } catch (const std::runtime_error& error) {
-            ASSERT_EQ(listed.count(error.what()), 1u) << "document " << index << ": " << error.what();
-            seen.insert(error.what());
-            ++refused;
+            ASSERT_EQ(listed.count(error.what()), 1u) << "round " << round << ": " << error.what();
         } catch (...) {
-            FAIL() << "document " << index << " threw something else";
+            FAIL() << "round " << round << " threw something else";
         }
     }
-    // The mutations must actually reach both outcomes and most refusals.
-    EXPECT_GT(parsed, 1000);
-    EXPECT_GT(refused, 10000);
-    EXPECT_GE(seen.size(), 9u);
 }
 
 }  // namespace

@@ -177,16 +177,11 @@ TEST(HostConfiguration, ABadFileStopsOnlyTheModesThatReadItWithABoxOutsideHeadle
 {
     const ConfiguredInstall setup(L"config-box");
     testing::WriteFileBytes(setup.ConfigFile(), R"({"schemaVersion":2})");
-    testing::ProcessOptions options;
-    options.currentDirectory = setup.Root();
-    testing::ChildProcess child = testing::ChildProcess::Start(setup.Launcher(), {}, options);
-    const auto box = testing::WaitForMessageBox(child.Id(), child.Handle());
-    ASSERT_TRUE(box.has_value()) << "the launcher ended without a box";
-    EXPECT_EQ(std::make_pair(box->title, box->text),
+    const testing::RunEnd end = testing::WaitAnsweringBox(setup.Start({}));
+    ASSERT_TRUE(end.box.has_value()) << "the launcher ended without a box";
+    EXPECT_EQ(std::make_pair(end.box->title, end.box->text),
         std::make_pair(Text(L"Korvane launch error"), Text(L"Invalid local KorvaneUpdate.config.json")));
-    testing::PressMessageBoxButton(box->window, IDOK);
-    ASSERT_TRUE(child.Wait(30000));
-    EXPECT_EQ(child.ExitCode(), 3u);
+    EXPECT_EQ(end.exitCode, 3u);
 
     // Modes that never read the file give their usual codes beside it.
     const struct {

@@ -28,26 +28,15 @@ SelectionStore::~SelectionStore()
 }
 
 ScratchInstall::ScratchInstall(TextView label, TextView installRelative)
-    : scratch_(label), root_(scratch_ / installRelative), selection_(root_)
+    : LauncherInstall(label, installRelative), selection_(Root())
 {
-    testing::CopyFileTo(testing::BuiltLauncherPath(), Launcher());
-    testing::WriteFileBytes(JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");
-    testing::MakeDirectories(scratch_ / L"reports");
-}
-
-DWORD ScratchInstall::Run(const std::vector<Text>& arguments) const
-{
-    testing::ProcessOptions options;
-    options.currentDirectory = root_;
-    const testing::ProcessResult result = testing::RunProcess(Launcher(), arguments, options);
-    EXPECT_FALSE(result.timedOut);
-    return result.exitCode;
+    testing::MakeDirectories(*this / L"reports");
 }
 
 std::pair<DWORD, Bytes> ScratchInstall::ResolveHostContext(const std::vector<Text>& arguments) const
 {
     // Beside the install: a report file never makes a folder a game.
-    const Text reportPath = scratch_ / L"reports\\host-context.json";
+    const Text reportPath = *this / L"reports\\host-context.json";
     std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + reportPath};
     all.insert(all.end(), arguments.begin(), arguments.end());
     std::pair<DWORD, Bytes> result{Run(all), {}};

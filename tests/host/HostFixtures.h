@@ -25,26 +25,19 @@ private:
     Text path_;
 };
 
-// The launcher (and an editor file) copied to `installRelative` in a scratch tree, so that the
-// folder above it can be made a game or not.
-class ScratchInstall {
+// A launcher install in a scratch tree (at `installRelative`, so that the folder above it can be
+// made a game or not), with its configuration file, its stored selection and its report mode.
+class ScratchInstall : public testing::LauncherInstall {
 public:
     explicit ScratchInstall(TextView label, TextView installRelative = L"Install");
-    const Text& Root() const noexcept { return root_; }
-    Text Launcher() const { return root_ + L"\\KorvaneEditor.exe"; }
-    Text ConfigFile() const { return root_ + L"\\KorvaneUpdate.config.json"; }
-    Text operator/(TextView relative) const { return scratch_ / relative; }
-    const Text& ScratchPath() const noexcept { return scratch_.Path(); }
+    Text ConfigFile() const { return Root() + L"\\KorvaneUpdate.config.json"; }
     const SelectionStore& Selection() const noexcept { return selection_; }
-    DWORD Run(const std::vector<Text>& arguments) const;
     // -KorvaneResolveHostContext plus `arguments`: the exit code and the report ("" when none).
     std::pair<DWORD, Bytes> ResolveHostContext(const std::vector<Text>& arguments = {}) const;
     // Expects exit code 0 and the report of these three values.
     void ExpectReport(const std::vector<Text>& arguments, TextView game, TextView sdk, TextView environment) const;
 
 private:
-    testing::ScratchDirectory scratch_;
-    Text root_;
     SelectionStore selection_;
 };
 

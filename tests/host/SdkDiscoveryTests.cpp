@@ -110,14 +110,11 @@ TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
     EXPECT_EQ(std::tie(gameDirectory, sdk, message),
         std::make_tuple(game, JoinPath(game, L"Game.kvsdk"), Text(L"untouched")));
     EXPECT_FALSE(ResolveSdkSelection(L"", L"", gameDirectory, sdk, message));
-    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(Text(), Text(),
-        Text(L"KV4300: Select the matching .kvsdk file or the game directory containing its SDK.")));
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(Text(), Text(), kNoSdkSelectedMessage.In(false)));
     // The game directory stays set while the SDK is refused, in the other language too.
     const testing::ScopedUiLanguage chinese(L"zh-Hans");
     EXPECT_FALSE(ResolveSdkSelection(game, scratch / L"Missing.kvsdk", gameDirectory, sdk, message));
-    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, Text(),
-        Text(L"KV4300: \x8BF7\x9009\x62E9\x5339\x914D\x7684 .kvsdk \x6587\x4EF6\xFF0C"
-             L"\x6216\x5305\x542B\x6E38\x620F SDK \x7684\x76EE\x5F55\x3002")));
+    EXPECT_EQ(std::tie(gameDirectory, sdk, message), std::make_tuple(game, Text(), kNoSdkSelectedMessage.In(true)));
 }
 
 }  // namespace

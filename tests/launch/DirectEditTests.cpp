@@ -26,8 +26,6 @@ namespace {
 using testing::ChildProcess;
 using testing::SampleInstall;
 
-constexpr wchar_t kProgressWindowClass[] = L"KorvaneStartupProgress";
-
 std::vector<Text> DirectEditArguments(const SampleInstall& install, std::vector<Text> extra = {})
 {
     std::vector<Text> arguments{L"-sdk=" + install.SdkPath(), L"-KorvaneSelectedMod=" + install.ModId(0)};
@@ -43,68 +41,17 @@ ChildProcess StartLauncher(const SampleInstall& install, const std::vector<Text>
     return ChildProcess::Start(install.Launcher(), arguments, options);
 }
 
-struct WindowSearch {
-    DWORD processId;
-    const wchar_t* className;
-    HWND found;
-};
-
-HWND FindTopLevelWindow(DWORD processId, const wchar_t* className)
+// The text of the box the launcher shows before ending ("(no box)" without one; the box is
+// answered with OK) and its exit code.
+std::pair<Text, DWORD> ErrorBoxAndExitCode(ChildProcess launcher)
 {
-    WindowSearch search{processId, className, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-            auto& wanted = *reinterpret_cast<WindowSearch*>(parameter);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            wchar_t name[128] = {};
-            GetClassNameW(window, name, 128);
-            if (owner == wanted.processId && lstrcmpiW(name, wanted.className) == 0 && IsWindowVisible(window)) {
-                wanted.found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
+    const testing::RunEnd end = testing::WaitAnsweringBox(std::move(launcher), 60000);
+    return {end.box ? end.box->text : L"(no box)", end.exitCode};
 }
 
-// Polls the window list: a window of another process gives nothing to wait on.
-HWND WaitForTopLevelWindow(const ChildProcess& process, const wchar_t* className, DWORD timeoutMs = 60000)
+HWND WaitForProgressWindow(const ChildProcess& launcher)
 {
-    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
-    while (GetTickCount64() < deadline) {
-        if (HWND window = FindTopLevelWindow(process.Id(), className)) {
-            return window;
-        }
-        if (WaitForSingleObject(process.Handle(), 20) == WAIT_OBJECT_0) {
-            return nullptr;
-        }
-    }
-    return nullptr;
-}
-
-// Every tool run of this install has ended (checked by the ids the tool logged: other test
-// programs may run tools of their own meanwhile).
-void ExpectNoToolRunning(const SampleInstall& install)
-{
-    for (const JsonValue& call : install.ToolCalls()) {
-        const DWORD id = static_cast<DWORD>(std::stoul(FindJsonMember(call, L"pid").text));
-        for (const DWORD running : testing::ProcessesNamed(L"KorvaneTool.exe")) {
-            EXPECT_NE(running, id) << "a tool of this launch still runs";
-        }
-    }
-}
-
-// The text of the box that the launcher shows before ending; the box is answered with OK.
-Text AnswerErrorBox(const ChildProcess& launcher)
-{
-    const auto box = testing::WaitForMessageBox(launcher.Id(), launcher.Handle(), 60000);
-    if (!box) {
-        return L"(no box)";
-    }
-    testing::PressMessageBoxButton(box->window, IDOK);
-    return box->text;
+    return testing::WaitForVisibleWindow(launcher.Id(), launcher.Handle(), L"KorvaneStartupProgress");
 }
 
 TEST(DirectEdit, PreparesTheWorkspaceStartsTheEditorAndPassesItsExitCodeOn)
@@ -155,7 +102,7 @@ TEST(DirectEdit, PreparesTheWorkspaceStartsTheEditorAndPassesItsExitCodeOn)
     EXPECT_NE(std::find(loading, phases.end(), Text(L"Initializing the Editor engine…")), phases.end());
     EXPECT_EQ(phases.back(), L"Engine initialized; preparing the Editor interface…") << "the editor's last marker";
     EXPECT_EQ(FindJsonMember(values, L"phase").text, phases.back());
-    ExpectNoToolRunning(install);
+    testing::ExpectNoToolRunning(install.ToolCalls());
 }
 
 TEST(DirectEdit, TheLastCultureOrLanguageWordDecidesTheEditorsCultureAndTheWindowsLanguage)
@@ -213,19 +160,17 @@ TEST(DirectEdit, ProgramsThatCannotStartOrRefuseEndInTheirMessageWithNothingLeft
             arguments.push_back(L"-culture=zh-Hans");
         }
         const auto tempBefore = testing::LauncherTempFiles();
-        ChildProcess launcher = StartLauncher(install, arguments);
-        const auto box = testing::WaitForMessageBox(launcher.Id(), launcher.Handle(), 60000);
-        ASSERT_TRUE(box.has_value());
-        testing::PressMessageBoxButton(box->window, IDOK);
-        ASSERT_TRUE(launcher.Wait(60000));
-        EXPECT_EQ(launcher.ExitCode(), 6u);
-        EXPECT_EQ(box->title, row.chinese ? L"Korvane 启动错误" : L"Korvane launch error");
+        const testing::RunEnd end = testing::WaitAnsweringBox(StartLauncher(install, arguments), 60000);
+        ASSERT_TRUE(end.box.has_value());
+        const testing::MessageBoxSeen& box = *end.box;
+        EXPECT_EQ(end.exitCode, 6u);
+        EXPECT_EQ(box.title, row.chinese ? L"Korvane 启动错误" : L"Korvane launch error");
         if (row.after.empty()) {
-            EXPECT_EQ(box->text, row.before);
+            EXPECT_EQ(box.text, row.before);
         } else {
-            ASSERT_EQ(box->text.rfind(row.before, 0), 0u) << TextToUtf8(box->text);
-            const Text number = box->text.substr(row.before.size(), box->text.size() - row.before.size() - row.after.size());
-            EXPECT_EQ(box->text, row.before + number + row.after);
+            ASSERT_EQ(box.text.rfind(row.before, 0), 0u) << TextToUtf8(box.text);
+            const Text number = box.text.substr(row.before.size(), box.text.size() - row.before.size() - row.after.size());
+            EXPECT_EQ(box.text, row.before + number + row.after);
             EXPECT_TRUE(!number.empty() && number.find_first_not_of(L"0123456789") == Text::npos && number != L"0");
         }
         EXPECT_TRUE(install.EditorRecords().empty()) << "no editor ran";
@@ -234,7 +179,7 @@ TEST(DirectEdit, ProgramsThatCannotStartOrRefuseEndInTheirMessageWithNothingLeft
         const JsonValue values = ParseJson(testing::ReadFileBytes(report));
         EXPECT_EQ(FindJsonMember(values, L"editorCulture").text, row.chinese ? L"zh-Hans" : L"en");
         EXPECT_TRUE(FindJsonMember(values, L"observedPhases").items.empty());
-        ExpectNoToolRunning(install);
+        testing::ExpectNoToolRunning(install.ToolCalls());
     }
 }
 
@@ -258,9 +203,8 @@ TEST(DirectEdit, AModPackageIsLaunchedAndTheUsersCultureDecidesTheLanguage)
     install.SetEditorScenario(LR"({"mode":"crashBeforeWindow","exitCode":3})");
     ChildProcess launcher = StartLauncher(install,
         {L"-sdk=" + install.SdkPath(), L"-KorvaneModFile=" + install.ModPackage(1), L"-culture=zh-Hans"});
-    const Text text = AnswerErrorBox(launcher);
-    ASSERT_TRUE(launcher.Wait(60000));
-    EXPECT_EQ(launcher.ExitCode(), 6u);
+    const auto [text, exitCode] = ErrorBoxAndExitCode(std::move(launcher));
+    EXPECT_EQ(exitCode, 6u);
     EXPECT_EQ(text.rfind(L"编辑器启动失败（退出码 3）。请查看 Saved/Logs 中的启动日志。\n", 0), 0u) << text;
     EXPECT_NE(text.find(L"KorvaneLauncher-"), Text::npos) << "the made log path follows the message";
     const auto records = install.EditorRecords();
@@ -275,19 +219,16 @@ TEST(DirectEdit, EditorsThatEndBeforeTheirWindowAreReportedWithTheirExitCode)
     SampleInstall install(L"direct-edit-early");
     install.SetEditorScenario(LR"({"mode":"exitBeforeWindow","exitCode":0})");
     ChildProcess early = StartLauncher(install, DirectEditArguments(install));
-    const Text text = AnswerErrorBox(early);
-    ASSERT_TRUE(early.Wait(60000));
-    EXPECT_EQ(early.ExitCode(), 6u);
+    const auto [text, exitCode] = ErrorBoxAndExitCode(std::move(early));
+    EXPECT_EQ(exitCode, 6u);
     EXPECT_EQ(text.rfind(L"Editor startup failed (exit code 0). Check the startup log in Saved/Logs.\n", 0), 0u) << text;
 
     // A file where the log folder should be: no log argument and no log path in the message.
     install.SetEditorScenario(LR"({"mode":"crashBeforeWindow"})");
     testing::WriteFileBytes(JoinPath(install.Workspace(2), L"Saved"), "not a folder");
     ChildProcess crash = StartLauncher(install, {L"-sdk=" + install.SdkPath(), L"-KorvaneSelectedMod=" + install.ModId(2)});
-    const Text crashText = AnswerErrorBox(crash);
-    ASSERT_TRUE(crash.Wait(60000));
-    EXPECT_EQ(crash.ExitCode(), 6u);
-    EXPECT_EQ(crashText, L"Editor startup failed (exit code 3221225477). Check the startup log in Saved/Logs.");
+    EXPECT_EQ(ErrorBoxAndExitCode(std::move(crash)),
+        std::make_pair(Text(L"Editor startup failed (exit code 3221225477). Check the startup log in Saved/Logs."), DWORD{6}));
     const auto records = install.EditorRecords();
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(FindJsonMember(records[1], L"commandLine").text.find(L"-ABSLOG="), Text::npos);
@@ -303,24 +244,23 @@ TEST(DirectEdit, CancelDuringLookupPreparationAndTheWatchLeavesNothingRunning)
         install.SetToolScenario(scenario);
         const std::size_t before = install.ToolCalls().size();
         ChildProcess preparing = StartLauncher(install, DirectEditArguments(install));
-        HWND progress = WaitForTopLevelWindow(preparing, kProgressWindowClass);
+        HWND progress = WaitForProgressWindow(preparing);
         ASSERT_NE(progress, nullptr);
         // The tool runs once its call is logged.
         for (int attempt = 0; attempt < 600 && install.ToolCalls().size() < before + calls; ++attempt) {
             WaitForSingleObject(preparing.Handle(), 50);
         }
         PostMessageW(progress, WM_CLOSE, 0, 0);
-        EXPECT_EQ(AnswerErrorBox(preparing), L"Operation cancelled.") << TextToUtf8(scenario);
-        ASSERT_TRUE(preparing.Wait(60000));
-        EXPECT_EQ(preparing.ExitCode(), 6u);
-        ExpectNoToolRunning(install);
+        EXPECT_EQ(ErrorBoxAndExitCode(std::move(preparing)), std::make_pair(Text(L"Operation cancelled."), DWORD{6}))
+            << TextToUtf8(scenario);
+        testing::ExpectNoToolRunning(install.ToolCalls());
     }
     EXPECT_TRUE(install.EditorRecords().empty());
 
     install.SetToolScenario(L"");
     install.SetEditorScenario(LR"({"mode":"noWindow"})");
     ChildProcess watching = StartLauncher(install, DirectEditArguments(install));
-    const HWND progress = WaitForTopLevelWindow(watching, kProgressWindowClass);
+    const HWND progress = WaitForProgressWindow(watching);
     ASSERT_NE(progress, nullptr);
     for (int attempt = 0; attempt < 600 && install.EditorRecords().empty(); ++attempt) {
         WaitForSingleObject(watching.Handle(), 50);
@@ -330,9 +270,8 @@ TEST(DirectEdit, CancelDuringLookupPreparationAndTheWatchLeavesNothingRunning)
     UniqueHandle editor(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, editorId));
     ASSERT_TRUE(editor.IsValid());
     PostMessageW(progress, WM_CLOSE, 0, 0);
-    EXPECT_EQ(AnswerErrorBox(watching), L"Editor launch cancelled.") << "no log path after a cancel";
-    ASSERT_TRUE(watching.Wait(60000));
-    EXPECT_EQ(watching.ExitCode(), 6u);
+    EXPECT_EQ(ErrorBoxAndExitCode(std::move(watching)), std::make_pair(Text(L"Editor launch cancelled."), DWORD{6}))
+        << "no log path after a cancel";
     ASSERT_EQ(WaitForSingleObject(editor.Get(), 10000), WAIT_OBJECT_0);
     DWORD editorExit = 0;
     GetExitCodeProcess(editor.Get(), &editorExit);
@@ -371,17 +310,12 @@ TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
         WaitForSingleObject(winner->Handle(), 50);
     }
     ChildProcess late = StartLauncher(install, DirectEditArguments(install));
-    EXPECT_EQ(AnswerErrorBox(late), L"KV1830: A Mod editor is already open. Close it before opening another.");
-    ASSERT_TRUE(late.Wait(30000));
-    EXPECT_EQ(late.ExitCode(), 9u);
+    EXPECT_EQ(ErrorBoxAndExitCode(std::move(late)),
+        std::make_pair(Text(L"KV1830: A Mod editor is already open. Close it before opening another."), DWORD{9}));
 
     ASSERT_EQ(install.EditorRecords().size(), 1u);
     const DWORD editorId = static_cast<DWORD>(std::stoul(FindJsonMember(install.EditorRecords()[0], L"pid").text));
-    HWND editorWindow = nullptr;
-    for (int attempt = 0; attempt < 1200 && editorWindow == nullptr; ++attempt) {
-        editorWindow = FindTopLevelWindow(editorId, L"UnrealWindow");
-        WaitForSingleObject(winner->Handle(), 50);
-    }
+    const HWND editorWindow = testing::WaitForVisibleWindow(editorId, winner->Handle(), L"UnrealWindow");
     ASSERT_NE(editorWindow, nullptr);
     PostMessageW(editorWindow, WM_CLOSE, 0, 0);
     ASSERT_TRUE(winner->Wait(60000));

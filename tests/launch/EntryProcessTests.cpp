@@ -11,42 +11,7 @@ namespace {
 
 enum class Editor { Missing, File, Folder };
 
-// A scratch install: the launcher at the root, and what stands where the editor is looked for.
-class ScratchInstall {
-public:
-    explicit ScratchInstall(TextView label, Editor editor = Editor::File, TextView rootName = L"install")
-        : scratch_(label), root_(scratch_ / rootName)
-    {
-        testing::CopyFileTo(testing::BuiltLauncherPath(), JoinPath(root_, L"KorvaneEditor.exe"));
-        const Text editorPath = JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
-        if (editor == Editor::File) {
-            testing::WriteFileBytes(editorPath, "MZ");
-        } else if (editor == Editor::Folder) {
-            testing::MakeDirectories(editorPath);
-        }
-    }
-
-    const Text& Root() const { return root_; }
-    Text Scratch(TextView relative) const { return scratch_ / relative; }
-
-    testing::ChildProcess Start(const std::vector<Text>& arguments) const
-    {
-        testing::ProcessOptions options;
-        options.currentDirectory = root_;
-        return testing::ChildProcess::Start(JoinPath(root_, L"KorvaneEditor.exe"), arguments, options);
-    }
-
-    DWORD Run(const std::vector<Text>& arguments) const
-    {
-        testing::ChildProcess child = Start(arguments);
-        EXPECT_TRUE(child.Wait(120000)) << "a headless run never ends in a box";
-        return child.ExitCode();
-    }
-
-private:
-    testing::ScratchDirectory scratch_;
-    Text root_;
-};
+using testing::LauncherInstall;
 
 // Headless runs end without a box; other runs tell the same failures in a box.
 TEST(EntryProcess, InstallChecksAndProjectFileGiveTheirExitCodes)
@@ -74,23 +39,27 @@ TEST(EntryProcess, InstallChecksAndProjectFileGiveTheirExitCodes)
             L"KV4300: Select a .kvsdk file. UE project SDK loading has been removed."},
     };
     for (const auto& row : rows) {
-        const ScratchInstall install(L"entry", row.editor, row.rootName);
-        testing::ChildProcess child = install.Start(row.arguments);
-        const auto box = testing::WaitForMessageBox(child.Id(), child.Handle(), 120000);
-        EXPECT_EQ(box ? box->text : Text(), row.box) << TextToUtf8(row.rootName);
-        if (box) {
-            EXPECT_EQ(box->title, L"Korvane launch error");
-            testing::PressMessageBoxButton(box->window, IDOK);
+        SCOPED_TRACE(TextToUtf8(row.rootName));
+        const LauncherInstall install(L"entry", row.rootName);
+        if (row.editor != Editor::File) {
+            DeleteFileW(install.Editor().c_str());
         }
-        ASSERT_TRUE(child.Wait(30000));
-        EXPECT_EQ(child.ExitCode(), row.exitCode) << TextToUtf8(row.rootName);
+        if (row.editor == Editor::Folder) {
+            testing::MakeDirectories(install.Editor());
+        }
+        const testing::RunEnd end = testing::WaitAnsweringBox(install.Start(row.arguments));
+        EXPECT_EQ(end.box ? end.box->text : Text(), row.box);
+        if (end.box) {
+            EXPECT_EQ(end.box->title, L"Korvane launch error");
+        }
+        EXPECT_EQ(end.exitCode, row.exitCode);
     }
 }
 
 TEST(EntryProcess, HostContextReportIsWrittenByteForByte)
 {
-    const ScratchInstall install(L"report");
-    const Text report = install.Scratch(L"report.json");
+    const LauncherInstall install(L"report");
+    const Text report = install / L"report.json";
     EXPECT_EQ(install.Run({L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + report,
                   L"-KorvaneGameDir=C:\\Games\\\x6E38\x620F \"Q\"", L"-sdk=C:\\Games\\Title.kvsdk",
                   L"-KorvaneHostEnvironment=developer", L"-KorvaneHostEnvironment=packaged"}),
@@ -101,14 +70,15 @@ TEST(EntryProcess, HostContextReportIsWrittenByteForByte)
 
     // No game around the install and nothing named; the mode needs no editor. An older, longer
     // file is replaced whole.
-    const ScratchInstall bare(L"report-bare", Editor::Missing);
-    const Text bareReport = bare.Scratch(L"bare.json");
+    const LauncherInstall bare(L"report-bare");
+    DeleteFileW(bare.Editor().c_str());
+    const Text bareReport = bare / L"bare.json";
     testing::WriteFileBytes(bareReport, "an older, longer report that must be replaced entirely");
     EXPECT_EQ(bare.Run({L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + bareReport}), 0u);
     EXPECT_EQ(testing::ReadFileBytes(bareReport), "{\"game\":\"\",\"sdk\":\"\",\"environment\":\"\"}");
 
     // Failures give 3 and write nothing; a folder cannot be written as a report.
-    const Text missingFolder = install.Scratch(L"missing\\report.json");
+    const Text missingFolder = install / L"missing\\report.json";
     for (const Text& path : {Text(), missingFolder, install.Root()}) {
         EXPECT_EQ(install.Run({L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + path}), 3u);
     }

@@ -5,6 +5,7 @@
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
+#include "launch/LaunchErrors.h"
 #include "launch/SessionGate.h"
 
 #include <gtest/gtest.h>
@@ -17,9 +18,9 @@
 namespace korvane {
 namespace {
 
-constexpr wchar_t kKV1830[] = L"KV1830: A Mod editor is already open. Close it before opening another.";
-constexpr wchar_t kClosing[] =
-    L"The previous editing session is still closing. Finish saving and close it before retrying.";
+// The boxes' wording is checked with every other text; here, which box a run shows.
+const Text kKV1830 = kSessionInUseMessage.In(false);
+const Text kClosing = kSessionClosingMessage.In(false);
 
 // Another launcher or a running editor, for as long as the handle is held.
 UniqueHandle HoldEvent(const wchar_t* name)
@@ -36,33 +37,7 @@ struct SignalEvent {
     UniqueHandle event{CreateEventW(nullptr, TRUE, FALSE, name.c_str())};
 };
 
-class ScratchInstall {
-public:
-    explicit ScratchInstall(TextView label) : scratch_(label), root_(scratch_ / L"install")
-    {
-        testing::CopyFileTo(testing::BuiltLauncherPath(), Launcher());
-        testing::WriteFileBytes(Editor(), "MZ");
-    }
-
-    const Text& Root() const { return root_; }
-    Text Launcher() const { return JoinPath(root_, L"KorvaneEditor.exe"); }
-    Text Editor() const { return JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"); }
-    Text Scratch(TextView relative) const { return scratch_ / relative; }
-    testing::ChildProcess Start(const std::vector<Text>& arguments) const
-    {
-        return testing::ChildProcess::Start(Launcher(), arguments);
-    }
-    DWORD Run(const std::vector<Text>& arguments) const
-    {
-        testing::ChildProcess launcher = Start(arguments);
-        EXPECT_TRUE(launcher.Wait(60000));
-        return launcher.ExitCode();
-    }
-
-private:
-    testing::ScratchDirectory scratch_;
-    Text root_;
-};
+using testing::LauncherInstall;
 
 Text ParentEditorProgram()
 {
@@ -80,11 +55,11 @@ DWORD ExitCodeOf(HANDLE process)
 }
 
 // Waits for the launcher's box, checks and answers it; the run then ends with 9.
-void ExpectBoxThenNine(DWORD launcherId, HANDLE launcher, const wchar_t* text)
+void ExpectBoxThenNine(DWORD launcherId, HANDLE launcher, const Text& text)
 {
     const auto box = testing::WaitForMessageBox(launcherId, launcher);
     ASSERT_TRUE(box.has_value()) << "the launcher ended without a box";
-    EXPECT_EQ(box->title, L"Korvane launch error");
+    EXPECT_EQ(box->title, kLaunchErrorTitle.In(false));
     EXPECT_EQ(box->text, text);
     testing::PressMessageBoxButton(box->window, IDOK);
     EXPECT_EQ(ExitCodeOf(launcher), 9u);
@@ -147,7 +122,7 @@ TEST(SessionGate, InstanceCheckSeesLaunchersAndEditorsAndLeavesNothing)
 {
     ASSERT_FALSE(SessionEventExists(kLauncherSessionEventName));
     ASSERT_FALSE(SessionEventExists(kEditorSessionEventName));
-    const ScratchInstall install(L"instance-check");
+    const LauncherInstall install(L"instance-check");
     // The check never reads the host configuration, so a broken one is no exit 3.
     testing::WriteFileBytes(JoinPath(install.Root(), L"KorvaneUpdate.config.json"), R"({"schemaVersion":2})");
     EXPECT_EQ(install.Run({L"-KorvaneInstanceCheck"}), 0u);
@@ -192,7 +167,7 @@ TEST(ClosingEditorWait, GoesOnOnceTheEditorAndItsLauncherAreGone)
     EXPECT_TRUE(goesOn);
 
     // Headless as it is, the instance check honours the explicit id and stands by.
-    const ScratchInstall install(L"wait-editor");
+    const LauncherInstall install(L"wait-editor");
     testing::ChildProcess check =
         install.Start({L"-KorvaneInstanceCheck", L"-KorvaneWaitForEditorPid=" + std::to_wstring(editor.Id())});
     EXPECT_FALSE(check.Wait(1500)) << "the launcher did not wait for the editor";
@@ -204,7 +179,7 @@ TEST(ClosingEditorWait, GoesOnOnceTheEditorAndItsLauncherAreGone)
 // The one check that runs the shipped 15 s: headless ends with 9 alone, an ordinary start in a box.
 TEST(ClosingEditorWait, EarlierLauncherThatStaysGivesNineAfterFifteenSeconds)
 {
-    const ScratchInstall install(L"wait-launcher");
+    const LauncherInstall install(L"wait-launcher");
     const Text pidOption = L"-KorvaneWaitForEditorPid=" + std::to_wstring(EndedProcessId());
     const UniqueHandle earlier = HoldEvent(kLauncherSessionEventName);
     const ULONGLONG start = GetTickCount64();
@@ -218,11 +193,11 @@ TEST(ClosingEditorWait, EarlierLauncherThatStaysGivesNineAfterFifteenSeconds)
 
 TEST(FindParentEditor, OnlyThisInstallsEditorIsWaitedFor)
 {
-    const ScratchInstall install(L"parent-editor");
+    const LauncherInstall install(L"parent-editor");
     testing::CopyFileTo(ParentEditorProgram(), install.Editor());
-    const Text otherEditor = install.Scratch(L"other\\Engine\\Binaries\\Win64\\UnrealEditor.exe");
+    const Text otherEditor = install / L"other\\Engine\\Binaries\\Win64\\UnrealEditor.exe";
     testing::CopyFileTo(ParentEditorProgram(), otherEditor);
-    const Text pidFile = install.Scratch(L"launcher.pid");
+    const Text pidFile = install / L"launcher.pid";
     {
         const UniqueHandle openEditor = HoldEvent(kEditorSessionEventName);  // the gate blocks after the wait
         // The same file name elsewhere is no editor of this install: the gate blocks at once.

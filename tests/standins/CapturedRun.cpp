@@ -17,18 +17,6 @@ UniqueFileHandle OpenForChild(TextView path, DWORD access, DWORD disposition)
         disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-std::optional<Text> VariableValue(TextView name)
-{
-    const Text key(name);
-    const DWORD needed = GetEnvironmentVariableW(key.c_str(), nullptr, 0);
-    if (needed == 0) {
-        return GetLastError() == ERROR_ENVVAR_NOT_FOUND ? std::nullopt : std::optional<Text>(Text());
-    }
-    Text value(needed, L'\0');
-    value.resize(GetEnvironmentVariableW(key.c_str(), value.data(), needed));
-    return value;
-}
-
 }  // namespace
 
 CapturedRun RunCaptured(TextView executable, const std::vector<Text>& arguments, TextView currentDirectory,
@@ -45,7 +33,6 @@ CapturedRun RunCaptured(TextView executable, const std::vector<Text>& arguments,
         const Text commandLine = BuildCommandLine(executable, arguments);
         // Whatever the child starts goes with it when the job is closed.
         const UniqueHandle job = MakeKillOnCloseJob();
-        const ULONGLONG start = GetTickCount64();
         StartedProcess child;
         const auto startChild = [&] {
             return StartProcess(
@@ -69,37 +56,11 @@ CapturedRun RunCaptured(TextView executable, const std::vector<Text>& arguments,
             TerminateJobObject(job.Get(), 1223);
             WaitForSingleObject(child.Process(), 5000);
         }
-        run.elapsedMs = GetTickCount64() - start;
         GetExitCodeProcess(child.Process(), &run.exitCode);
     }
     run.out = ReadFileBytes(outPath);
     run.err = ReadFileBytes(errPath);
     return run;
-}
-
-ScopedVariable::ScopedVariable(TextView name, std::optional<Text> value) : name_(name), previous_(VariableValue(name))
-{
-    SetEnvironmentVariableW(name_.c_str(), value ? value->c_str() : nullptr);
-}
-
-ScopedVariable::~ScopedVariable()
-{
-    SetEnvironmentVariableW(name_.c_str(), previous_ ? previous_->c_str() : nullptr);
-}
-
-std::vector<Bytes> SplitLines(BytesView bytes)
-{
-    std::vector<Bytes> lines;
-    size_t start = 0;
-    while (start < bytes.size()) {
-        size_t end = bytes.find('\n', start);
-        if (end == BytesView::npos) {
-            end = bytes.size();
-        }
-        lines.emplace_back(bytes.substr(start, end - start));
-        start = end + 1;
-    }
-    return lines;
 }
 
 }  // namespace korvane::testing

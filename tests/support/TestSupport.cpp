@@ -127,55 +127,10 @@ Text BuildCommandLine(TextView executable, const std::vector<Text>& arguments)
     return commandLine;
 }
 
-namespace {
-
-// The environment block for a child: this process's variables with `changes` applied.
-std::vector<wchar_t> BuildEnvironment(const std::map<Text, std::optional<Text>>& changes)
-{
-    std::map<Text, Text> variables;
-    std::map<Text, Text> spelled;  // folded name -> name as spelled
-    if (wchar_t* block = GetEnvironmentStringsW()) {
-        for (const wchar_t* entry = block; *entry != L'\0'; entry += wcslen(entry) + 1) {
-            const TextView text(entry);
-            const size_t equals = text.find(L'=', 1);
-            if (equals == TextView::npos) {
-                continue;
-            }
-            const Text name(text.substr(0, equals));
-            variables[FoldAsciiCase(name)] = Text(text.substr(equals + 1));
-            spelled[FoldAsciiCase(name)] = name;
-        }
-        FreeEnvironmentStringsW(block);
-    }
-    for (const auto& [name, value] : changes) {
-        const Text folded = FoldAsciiCase(name);
-        if (value) {
-            variables[folded] = *value;
-            spelled[folded] = name;
-        } else {
-            variables.erase(folded);
-        }
-    }
-    std::vector<wchar_t> environment;
-    for (const auto& [folded, value] : variables) {
-        const Text entry = spelled[folded] + L"=" + value;
-        environment.insert(environment.end(), entry.begin(), entry.end());
-        environment.push_back(L'\0');
-    }
-    environment.push_back(L'\0');
-    return environment;
-}
-
-}  // namespace
-
 ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options)
 {
     ChildProcess child;
     const Text commandLine = BuildCommandLine(executable, arguments);
-    std::vector<wchar_t> environment;
-    if (!options.environment.empty()) {
-        environment = BuildEnvironment(options.environment);
-    }
     // The job lets a test end whatever the child left running; it does not kill on close, so
     // that a process the child started can outlive the child within the test.
     child.job_.Reset(CreateJobObjectW(nullptr, nullptr));
@@ -184,7 +139,6 @@ ChildProcess ChildProcess::Start(TextView executable, const std::vector<Text>& a
         .commandLine = commandLine,
         .directory = options.currentDirectory,
         .show = options.hidden ? std::optional<WORD>(SW_HIDE) : std::nullopt,
-        .environment = environment.empty() ? nullptr : environment.data(),
         .job = child.job_.Get(),
     };
     StartedProcess started;
@@ -249,6 +203,35 @@ ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments
     }
     result.exitCode = child.ExitCode();
     return result;
+}
+
+LauncherInstall::LauncherInstall(TextView label, TextView installRelative)
+    : scratch_(label), root_(scratch_ / installRelative)
+{
+    CopyFileTo(BuiltLauncherPath(), Launcher());
+    WriteFileBytes(Editor(), "MZ");
+}
+
+Text LauncherInstall::Launcher() const
+{
+    return JoinPath(root_, L"KorvaneEditor.exe");
+}
+
+Text LauncherInstall::Editor() const
+{
+    return JoinPath(root_, L"Engine\\Binaries\\Win64\\UnrealEditor.exe");
+}
+
+ChildProcess LauncherInstall::Start(const std::vector<Text>& arguments) const
+{
+    return ChildProcess::Start(Launcher(), arguments, {.currentDirectory = root_});
+}
+
+DWORD LauncherInstall::Run(const std::vector<Text>& arguments) const
+{
+    const ProcessResult result = RunProcess(Launcher(), arguments, {.currentDirectory = root_});
+    EXPECT_FALSE(result.timedOut);
+    return result.exitCode;
 }
 
 std::vector<DWORD> ProcessesNamed(TextView fileName)

@@ -9,7 +9,6 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -66,7 +65,6 @@ Bytes ReadRealData(TextView relativePath);
 
 struct ProcessOptions {
     Text currentDirectory;                      // empty: the caller's
-    std::map<Text, std::optional<Text>> environment;  // changes to the caller's; nullopt removes
     DWORD timeoutMs = 120000;                   // a hung child fails the test, then is killed
     bool hidden = true;
 };
@@ -100,6 +98,27 @@ private:
     StartedProcess process_;
     UniqueHandle job_;
     DWORD id_ = 0;
+};
+
+// The built launcher copied into `installRelative` of a scratch folder of its own, with a file
+// where it looks for the editor, so that a test can shape the folders around it. Its runs start
+// in the install root.
+class LauncherInstall {
+public:
+    explicit LauncherInstall(TextView label, TextView installRelative = L"install");
+
+    const Text& Root() const noexcept { return root_; }
+    Text Launcher() const;  // Root()\KorvaneEditor.exe
+    Text Editor() const;    // Root()\Engine\Binaries\Win64\UnrealEditor.exe
+    const Text& ScratchPath() const noexcept { return scratch_.Path(); }
+    Text operator/(TextView relative) const { return scratch_ / relative; }
+    ChildProcess Start(const std::vector<Text>& arguments) const;
+    // Runs to the end and gives the exit code; a run that outlasts two minutes fails the test.
+    DWORD Run(const std::vector<Text>& arguments) const;
+
+private:
+    ScratchDirectory scratch_;
+    Text root_;
 };
 
 // Calls `start` (a StartProcess) again while it fails with ERROR_INTERNAL_ERROR, a few times:

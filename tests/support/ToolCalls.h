@@ -2,9 +2,13 @@
 // What tests look at after tool runs: the calls a sample install's tool logged, the
 // processes they name, and the launcher's temporary files.
 
+#include "TestSupport.h"
+
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"
+
+#include <gtest/gtest.h>
 
 #include <windows.h>
 
@@ -35,6 +39,16 @@ inline std::vector<DWORD> ProcessIdsOf(const std::vector<JsonValue>& calls)
         }
     }
     return ids;
+}
+
+// None of the tools the calls name, nor their grandchildren, still runs (checked by id: other
+// test programs may run tools of their own meanwhile).
+inline void ExpectNoToolRunning(const std::vector<JsonValue>& calls)
+{
+    const std::vector<DWORD> running = ProcessesNamed(L"KorvaneTool.exe");
+    for (const DWORD id : ProcessIdsOf(calls)) {
+        EXPECT_EQ(std::count(running.begin(), running.end(), id), 0) << "outlived its run: " << id;
+    }
 }
 
 // Temporary files of the launcher ("KVL" and "KVD" names) now in the temporary folder.

@@ -18,17 +18,10 @@ using testing::SampleInstall;
 // Runs the check and gives its exit code, failing the test when the launcher shows a box.
 DWORD RunCheck(const SampleInstall& install, const Text& argument)
 {
-    testing::ProcessOptions options;
-    options.currentDirectory = install.EditorRoot();
-    testing::ChildProcess launcher =
-        testing::ChildProcess::Start(install.Launcher(), {L"-KorvaneLauncherCheck", argument}, options);
-    const auto box = testing::WaitForMessageBox(launcher.Id(), launcher.Handle(), 120000);
-    EXPECT_FALSE(box.has_value()) << "the check showed a box: " << TextToUtf8(box ? box->text : Text());
-    if (box) {
-        testing::PressMessageBoxButton(box->window, IDOK);
-    }
-    EXPECT_TRUE(launcher.Wait(120000));
-    return launcher.ExitCode();
+    const testing::RunEnd end = testing::WaitAnsweringBox(testing::ChildProcess::Start(
+        install.Launcher(), {L"-KorvaneLauncherCheck", argument}, {.currentDirectory = install.EditorRoot()}));
+    EXPECT_FALSE(end.box.has_value()) << "the check showed a box: " << TextToUtf8(end.box ? end.box->text : Text());
+    return end.exitCode;
 }
 
 TEST(LauncherCheck, ExitCodesOfTheWholeCheck)

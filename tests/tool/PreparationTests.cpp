@@ -11,6 +11,7 @@
 #include "TestSupport.h"
 #include "tool/Preparation.h"
 #include "tool/ToolCommand.h"
+#include "tool/ToolMessages.h"
 #include "tool/WorkspacePreparation.h"
 
 #include <gtest/gtest.h>
@@ -26,10 +27,9 @@ namespace {
 using testing::SampleInstall;
 using CacheStates = std::vector<std::pair<std::int32_t, bool>>;
 
-constexpr wchar_t kWorkspaceCheck[] =
-    L"Mod workspace check failed. This Mod may not publish editable source, or its game/SDK Contract does not match. "
-    L"Run KorvaneTool.exe prepare for details.";
-constexpr wchar_t kPreparingLine[] = L"Checking the SDK and preparing the Mod workspace…";
+// The wording of every message is checked with the other texts; here, which one a run gives.
+const Text kWorkspaceCheck = kWorkspaceCheckMessage.In(false);
+const Text kPreparing = kPreparingLine.In(false);
 
 // What the start-up window would have been told, in order.
 struct Observed {
@@ -79,7 +79,7 @@ TEST(PrepareWorkspace, ModIdIsResolvedPreparedAndAnswered)
     EXPECT_EQ(preparation.outcome.workspace->editorProject, JoinPath(install.Workspace(1), L"KorvaneSDK.uproject"));
     EXPECT_EQ(preparation.outcome.workspace->modId, install.ModId(1));
     ASSERT_FALSE(observed.phases.empty());
-    EXPECT_EQ(observed.phases.front(), kPreparingLine);
+    EXPECT_EQ(observed.phases.front(), kPreparing);
     // The revision line is rewritten with the same bytes: shown once. A first preparation creates the cache.
     for (const wchar_t* line : {L"Reading SDK metadata…", L"Computing the SDK content revision…",
              L"Verifying the local SDK cache… · Creating the SDK cache",
@@ -108,20 +108,16 @@ TEST(PrepareWorkspace, ModIdIsResolvedPreparedAndAnswered)
 TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
 {
     SampleInstall install(L"prepare-fail");
-    const Text notFound = L"KV3654: The selected Mod's editable source was not found.";
-    const Text workspaceCheckChinese =
-        L"Mod 工作区校验失败。此 Mod 可能没有公开源码，或其游戏/SDK Contract 不匹配。运行 KorvaneTool.exe prepare 查看详细原因。";
     // `error` empty: the preparation succeeds; `verified`: the cache state a successful tool run reports.
     using Verified = std::optional<std::int32_t>;
     struct Row { Text scenario; int modFile; Text selectedMod; bool withSdk, chinese; Text error; Verified verified; };
     const auto none = std::nullopt;
     const Row rows[] = {
-        {L"", 0, L"", false, false, L"Direct editing requires a matching .kvsdk file.", none},
-        {L"", -1, L"mod.ffffffffffffffffffffffffffffffff", true, false, notFound, none},
-        {L"", -1, L"MOD." + install.ModId(0).substr(4), true, false, notFound, none},
+        {L"", 0, L"", false, false, kNoSdkMessage.In(false), none},
+        {L"", -1, L"mod.ffffffffffffffffffffffffffffffff", true, false, kModSourceNotFoundMessage.In(false), none},
         // This sentence exists in English only.
         {LR"({"list-sources":{"stdout":"not a listing"}})", -1, install.ModId(0), true, true,
-            L"KV3654: Invalid Mod source listing.", none},
+            kInvalidSourceListingMessage.In(true), none},
         {LR"({"prepare":{"exitCode":7,"stderr":"KV3999: the tool's own reason"}})", 0, L"", true, false,
             L"KV3999: the tool's own reason", none},
         // A tool that dies while writing its progress file: the half-written file is never shown.
@@ -131,7 +127,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
         // Each rule of the answer has its case in the selection file tests.
         {LR"({"prepare":{"selectionFile":"twoLines"}})", 0, L"", true, false, kWorkspaceCheck, 1},
         {LR"({"prepare":{"selectionFile":"missing"}})", 0, L"", true, false, kWorkspaceCheck, 1},
-        {LR"({"prepare":{"selectionFile":"twoLines"}})", 0, L"", true, true, workspaceCheckChinese, 1},
+        {LR"({"prepare":{"selectionFile":"twoLines"}})", 0, L"", true, true, kWorkspaceCheckMessage.In(true), 1},
         {L"", 0, install.ModId(2), true, false, kWorkspaceCheck, 1},  // an answer for another Mod
         {L"", 0, L"", true, false, L"", 1},  // the id comes from the tool's answer
         {LR"({"prepare":{"cacheHit":-1}})", 0, L"", true, false, L"", -1},  // never reported: unknown when done
@@ -182,7 +178,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
             EXPECT_TRUE(row.verified != -1 || phase.find(L" · ") == Text::npos) << "a cache suffix without a state";
         }
         if (row.verified && row.scenario.find(L"\"progress\"") != Text::npos) {
-            EXPECT_EQ(observed.phases, std::vector<Text>{kPreparingLine});
+            EXPECT_EQ(observed.phases, std::vector<Text>{kPreparing});
         }
         EXPECT_EQ(testing::LauncherTempFiles(), tempBefore);
     }
@@ -194,7 +190,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
     Observed observed;
     Text error;
     EXPECT_FALSE(noTool.Run(observed.Progress(), error));
-    EXPECT_EQ(error, L"KV4210: KorvaneTool.exe is missing. Repair the complete Mod Editor installation.");
+    EXPECT_EQ(error, kPreparationToolMissingMessage.In(false));
 }
 
 // Runs `work` on a thread of its own, as the launch does, so that this thread can find the
@@ -256,13 +252,8 @@ TEST(ConflictDialog, AnswersSteerTheToolAndOnlyTheExactMarkersAsk)
         const auto box = RunAnswering([&] { prepared = preparation.Run({}, error); }, row.answer);
         ASSERT_EQ(box.has_value(), row.answer != 0);
         if (box) {
-            EXPECT_EQ(box->title, row.chinese ? L"Mod 源码冲突" : L"Mod source conflict");
-            EXPECT_EQ(box->text, row.chinese
-                    ? L"源码包在编辑器外发生了变化。\n\n是：以当前工作区编辑写回源码包。\n否：重新载入源包并丢弃当前工作区编辑。\n"
-                      L"取消：保留双方内容，暂不继续。"
-                    : L"The source package changed outside the editor.\n\nYes: write the current workspace edits back "
-                      L"to the source package.\nNo: reload the source package and discard the workspace edits.\n"
-                      L"Cancel: keep both and stop this operation.");
+            EXPECT_EQ(box->title, kConflictCaption.In(row.chinese));
+            EXPECT_EQ(box->text, kConflictBody.In(row.chinese));
         }
         EXPECT_EQ(prepared, row.error.empty());
         EXPECT_EQ(error, row.error);

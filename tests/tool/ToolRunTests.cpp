@@ -6,6 +6,7 @@
 #include "context/UiLanguage.h"
 #include "foundation/Paths.h"
 #include "tool/ToolCommand.h"
+#include "tool/ToolMessages.h"
 #include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
@@ -92,12 +93,9 @@ TEST(RunTool, EveryWayARunEndsAndTheArgumentsItPasses)
         for (const JsonValue& call : calls) {
             EXPECT_EQ(FindJsonMember(call, L"cwd").text, install.EditorRoot()) << "the child runs in the install";
         }
-        const std::vector<DWORD> started = testing::ProcessIdsOf(calls);
-        EXPECT_EQ(started.size(), calls.size() * (row.scenario.find(L"grandchild") != Text::npos ? 2 : 1));
-        const std::vector<DWORD> running = testing::ProcessesNamed(L"KorvaneTool.exe");
-        for (const DWORD id : started) {
-            EXPECT_EQ(std::count(running.begin(), running.end(), id), 0) << "outlived the run: " << id;
-        }
+        const bool grandchild = row.scenario.find(L"grandchild") != Text::npos;
+        EXPECT_EQ(testing::ProcessIdsOf(calls).size(), calls.size() * (grandchild ? 2 : 1));
+        testing::ExpectNoToolRunning(calls);
         EXPECT_EQ(testing::LauncherTempFiles(), tempBefore);
     }
 
@@ -121,7 +119,7 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
     invocation.arguments = L"sdk-info";
     ToolResult result = RunTool(invocation);
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.error, L"KV4210: KorvaneTool.exe is missing. Repair the Mod Editor installation.");
+    EXPECT_EQ(result.error, kToolMissingMessage.In(false));
 
     // A folder where the tool should be is no tool either.
     testing::MakeDirectories(empty / L"Plugins\\Korvane\\Tools\\KorvaneTool\\KorvaneTool.exe");
@@ -130,7 +128,7 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
         result = RunTool(invocation);
     }
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.error, L"KV4210: 缺少 KorvaneTool.exe。请修复完整 Mod 编辑器安装。");
+    EXPECT_EQ(result.error, kToolMissingMessage.In(true)) << "in the language of the moment";
 
     std::atomic<bool> cancel{true};
     invocation.cancelFlag = &cancel;
