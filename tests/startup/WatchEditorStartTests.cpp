@@ -77,6 +77,18 @@ TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
     EXPECT_EQ(WaitForSingleObject(child.Handle(), 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the editor runs on";
 }
 
+// The start-up program's own proof that a cancel leaves no editor running: the launch tests
+// see it only through a whole launcher.
+TEST(WatchEditorStart, ACancelEndsTheEditorWithTheCancelledCode)
+{
+    std::atomic<bool> cancel{true};
+    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
+    testing::ChildProcess child = StartChild({L"--window=800x600:SplashScreen", L"--stay"});
+    EXPECT_FALSE(WatchEditorStart(monitor, child.Handle(), child.Id(), cancel, L"", 0));
+    ASSERT_EQ(WaitForSingleObject(child.Handle(), 0), WAIT_OBJECT_0) << "the editor was left running";
+    EXPECT_EQ(child.ExitCode(), 1223u);
+}
+
 TEST(WatchEditorStart, OldLogOrNoLogLeavesOnlyTheWindowSearch)
 {
     testing::ScratchDirectory scratch(L"watch-old");
