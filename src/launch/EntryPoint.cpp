@@ -197,6 +197,8 @@ int Run(LaunchContext& context)
 
 int RunLauncher()
 {
+    // The launcher's folder is often writable by users: load no DLL from it, nor from the PATH.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     const std::uint64_t startTick = GetTickCount64();
     // Declared before the context so that the context goes first and GDI+ shuts down last.
     GdiplusSession gdiplus;

@@ -108,7 +108,6 @@ TEST(Interactive, ClosingDuringALoadCancelsItAndClosesWhenItEnds)
     PostMessageW(picker.Window(), kInitialLoadMessage, 0, 0);
     picker.Click(kRefresh);
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
-    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return picker.TextOf(kStatusLine) == L"Cancelling…"; }));
     EXPECT_EQ(picker.WaitForExit(), 0u) << "closed once the cancelled load ended";
     EXPECT_EQ(install.ToolCalls().size(), 1u);
     EXPECT_EQ(testing::ReportStatus(picker.Report()), L"Cancelling…") << "the report of the moment it closed";

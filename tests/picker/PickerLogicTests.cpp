@@ -50,12 +50,11 @@ TEST(Catalogue, ADocumentKeepsItsWholeModsInOrderAndEachPackagesFirstCover)
 
 TEST(Catalogue, SearchFoldsAToZOnlyAndSelectionFollowsThePreferredPackage)
 {
-    const std::vector<ModEntry> mods = {
-        Mod(L"Lantern Festival", L"Mei Lin", L"mod.aa", L"C:\\L.umod"),
-        Mod(L"\x00C9t\x00E9 Lights", L"Tom", L"mod.bb", L"C:\\E.umod"),
-        Mod(L"\x4E91\x6D77", L"\x82CF\x6674", L"mod.cc", L"C:\\Y.umod"),
-        Mod(L"Harbor", L"Ann", L"mod.dd", L"C:\\L.umod"),  // the same package as the first
-    };
+    std::vector<ModEntry> mods;  // rows own their covers, so they are moved in
+    mods.push_back(Mod(L"Lantern Festival", L"Mei Lin", L"mod.aa", L"C:\\L.umod"));
+    mods.push_back(Mod(L"\x00C9t\x00E9 Lights", L"Tom", L"mod.bb", L"C:\\E.umod"));
+    mods.push_back(Mod(L"\x4E91\x6D77", L"\x82CF\x6674", L"mod.cc", L"C:\\Y.umod"));
+    mods.push_back(Mod(L"Harbor", L"Ann", L"mod.dd", L"C:\\L.umod"));  // the same package as the first
     const struct {
         const wchar_t* query;
         const wchar_t* preferred;
