@@ -3,6 +3,7 @@
 // the run with a box before anything else happens.
 #include "LanguageTestFiles.h"
 #include "MessageBoxes.h"
+#include "UserSettingsFile.h"
 
 #include "foundation/KnownFolders.h"
 #include "launch/LaunchErrors.h"
@@ -15,49 +16,7 @@
 namespace korvane {
 namespace {
 
-// The per-user settings file of one engine version. Each test owns one version, since the
-// file lies in the profile that every test program shares. What was there comes back when the
-// object goes, and the first folder it had to make goes again.
-class UserSettingsFile {
-public:
-    explicit UserSettingsFile(TextView version)
-        : path_(JoinPath(LocalAppDataFolder(), L"UnrealEngine\\" + Text(version) + L"\\Saved\\Config\\WindowsEditor"
-                                                   L"\\EditorSettings.ini")),
-          before_(Get())
-    {
-        for (Text folder = ParentPath(path_); !folder.empty() && !IsDirectory(folder); folder = ParentPath(folder)) {
-            made_ = folder;
-        }
-    }
-    ~UserSettingsFile()
-    {
-        Set(before_);
-        if (!made_.empty()) {
-            std::filesystem::remove_all(std::filesystem::path(made_));
-        }
-    }
-    UserSettingsFile(const UserSettingsFile&) = delete;
-    UserSettingsFile& operator=(const UserSettingsFile&) = delete;
-
-    // Writes `bytes`, or removes the file for nullopt.
-    void Set(const std::optional<Bytes>& bytes) const
-    {
-        if (bytes) {
-            testing::WriteFileBytes(path_, *bytes);
-        } else {
-            DeleteFileW(path_.c_str());
-        }
-    }
-    std::optional<Bytes> Get() const
-    {
-        return testing::FileExists(path_) ? std::optional(testing::ReadFileBytes(path_)) : std::nullopt;
-    }
-
-private:
-    Text path_;
-    std::optional<Bytes> before_;
-    Text made_;
-};
+using testing::UserSettingsFile;
 
 // A launcher install with the editor's files at its root or in `editorFolder` below it.
 struct LanguageInstall : testing::LauncherInstall {
