@@ -4,6 +4,9 @@
 #include "SampleInstall.h"
 
 #include "foundation/Paths.h"
+#include "host/SdkDiscovery.h"
+#include "picker/PickerIds.h"
+#include "picker/PickerTexts.h"
 
 #include <gtest/gtest.h>
 
@@ -125,6 +128,42 @@ TEST(Interactive, AToolAnswerThatIsNoPreviewGivesTheOneMessage)
     EXPECT_EQ(caption, L"Korvane operation failed");
     EXPECT_TRUE(picker.WaitForStatus(L"Could not read the tool JSON result."));
     EXPECT_EQ(FindJsonMember(picker.Report(), L"modCount").text, L"0");
+    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker.WaitForExit(), 0u);
+}
+
+TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSoInTheStatusLine)
+{
+    SampleInstall install(L"interactive-stale");
+    testing::ScratchDirectory reports(L"interactive-stale-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
+    picker.ClickRow(0);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)); }));
+
+    // The rows of the last SDK stay in view, but nothing may act on them.
+    picker.Type(kGameFolderEditId, L"");
+    picker.Type(kSdkEditId, L"");
+    EXPECT_EQ(picker.TextOf(kStatusLine), kApplySelectionStatus.In(false));
+    for (const int command : {kStartEditing, static_cast<int>(kDeleteModId), static_cast<int>(kNewModId),
+             static_cast<int>(kImportModId)}) {
+        EXPECT_FALSE(IsWindowEnabled(picker.Control(command))) << command;
+    }
+    EXPECT_TRUE(IsWindowEnabled(picker.Control(kRefresh)));
+    EXPECT_EQ(SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0), static_cast<LRESULT>(install.ModCount()));
+
+    picker.Click(kRefresh);
+    EXPECT_TRUE(testing::WaitUntil(
+        picker.Process(), [&] { return picker.TextOf(kStatusLine) == kChooseSdkPrompt.In(false); }, 10000))
+        << "nothing to load: the prompt";
+    picker.Type(kSdkEditId, install.SdkPath() + L".gone");
+    picker.Click(kRefresh);
+    EXPECT_TRUE(testing::WaitUntil(
+        picker.Process(), [&] { return picker.TextOf(kStatusLine) == kNoSdkSelectedMessage.In(false); }, 10000))
+        << TextToUtf8(picker.TextOf(kStatusLine));
+    EXPECT_FALSE(testing::FindProcessWindow(picker.Process().Id(), L"#32770")) << "told in the status line, no box";
+    EXPECT_EQ(install.ToolCalls().size(), 1u) << "no load without an SDK";
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u);
 }
