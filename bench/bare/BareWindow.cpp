@@ -1,10 +1,12 @@
 // A bare Win32 window that reports when its first paint has ended: the baseline for the
-// start-up window's first paint. Argument: the report path. The report is one decimal
-// number, milliseconds from process start (GetTickCount64 at entry) to the end of the first
-// paint, plus 1.
+// windows' first paints. Arguments: "[-size=<width>x<height> -stayMs=<n>] <report path>"; by
+// default a 720 x 370 window that ends at its first paint, else one of that size that stays
+// shown for n milliseconds after it. The report is one decimal number, milliseconds from
+// process start (GetTickCount64 at entry) to the end of the first paint, plus 1.
 #include <windows.h>
 
 #include <cstdio>
+#include <cwchar>
 #include <string>
 
 namespace {
@@ -12,6 +14,7 @@ namespace {
 ULONGLONG startTick = 0;
 std::wstring reportPath;
 bool painted = false;
+UINT stayMs = 0;  // 0: end at the first paint
 
 LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
@@ -36,10 +39,17 @@ LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
                 WriteFile(file, text, static_cast<DWORD>(length), &written, nullptr);
                 CloseHandle(file);
             }
-            PostQuitMessage(0);
+            if (stayMs == 0) {
+                PostQuitMessage(0);
+            } else {
+                SetTimer(window, 1, stayMs, nullptr);
+            }
         }
         return 0;
     }
+    case WM_TIMER:
+        DestroyWindow(window);
+        return 0;
     case WM_DESTROY:
         PostQuitMessage(0);
         return 0;
@@ -53,7 +63,15 @@ LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR commandLine, int)
 {
     startTick = GetTickCount64();
-    reportPath = commandLine;
+    int width = 720;
+    int height = 370;
+    std::wstring arguments = commandLine;
+    if (arguments.rfind(L"-size=", 0) == 0) {
+        std::swscanf(arguments.c_str(), L"-size=%dx%d -stayMs=%u", &width, &height, &stayMs);
+        const std::size_t tail = arguments.find(L' ', arguments.find(L"-stayMs="));
+        arguments = tail == std::wstring::npos ? std::wstring() : arguments.substr(tail + 1);
+    }
+    reportPath = arguments;
     WNDCLASSEXW windowClass{};
     windowClass.cbSize = sizeof(windowClass);
     windowClass.lpfnWndProc = WindowProc;
@@ -61,7 +79,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR commandLine, int)
     windowClass.lpszClassName = L"KorvaneBareWindow";
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     RegisterClassExW(&windowClass);
-    HWND window = CreateWindowExW(WS_EX_APPWINDOW, windowClass.lpszClassName, L"Bare", WS_POPUP, 100, 100, 720, 370,
+    HWND window = CreateWindowExW(WS_EX_APPWINDOW, windowClass.lpszClassName, L"Bare", WS_POPUP, 100, 100, width, height,
         nullptr, nullptr, instance, nullptr);
     ShowWindow(window, SW_SHOWNOACTIVATE);
     UpdateWindow(window);

@@ -45,16 +45,17 @@ Text GameTitleOf(const JsonValue& preview)
     return displayName.empty() ? FindJsonMember(preview, L"gameId").text : displayName;
 }
 
-Text SearchHaystack(const ModEntry& mod)
+void SearchHaystack(const ModEntry& mod, Text& haystack)
 {
-    Text haystack;
-    haystack.reserve(mod.name.size() + mod.authorName.size() + mod.id.size() + 2);
+    haystack.clear();
     haystack += mod.name;
     haystack += L' ';
     haystack += mod.authorName;
     haystack += L' ';
     haystack += mod.id;
-    return FoldAsciiCase(haystack);
+    for (wchar_t& unit : haystack) {
+        unit = FoldAscii(unit);
+    }
 }
 
 ModFilter FilterMods(const std::vector<ModEntry>& mods, TextView query, TextView preferred)
@@ -62,8 +63,9 @@ ModFilter FilterMods(const std::vector<ModEntry>& mods, TextView query, TextView
     const Text folded = FoldAsciiCase(query);
     ModFilter filter;
     filter.visibleRows.reserve(mods.size());
+    Text haystack;  // one buffer for every row: a keystroke over thousands of Mods allocates once
     for (std::size_t index = 0; index < mods.size(); ++index) {
-        if (!folded.empty() && SearchHaystack(mods[index]).find(folded) == Text::npos) {
+        if (!folded.empty() && (SearchHaystack(mods[index], haystack), haystack.find(folded) == Text::npos)) {
             continue;
         }
         if (mods[index].modProject == preferred) {

@@ -27,8 +27,8 @@ std::vector<ModEntry> ReadModEntries(
 // `displayName` of `gameInfo`, else `gameId`.
 Text GameTitleOf(const JsonValue& preview);
 
-// The searchable text of a Mod: name, blank, author, blank, id, with A to Z folded.
-Text SearchHaystack(const ModEntry& mod);
+// The searchable text of a Mod into `haystack`: name, blank, author, blank, id, with A to Z folded.
+void SearchHaystack(const ModEntry& mod, Text& haystack);
 
 struct ModFilter {
     std::vector<std::size_t> visibleRows;  // indexes into the Mods, in their order

@@ -375,12 +375,16 @@ void RebuildModList(LaunchContext& context, TextView preferred)
     picker.hoverRow = -1;
     // One repaint for the whole refill, not one per row.
     SendMessageW(picker.modList, WM_SETREDRAW, FALSE, 0);
-    SendMessageW(picker.modList, LB_RESETCONTENT, 0, 0);
+    // The rows go straight to the list box's own procedure: the scrolling subclass has no part
+    // in them, and a pass through a subclass costs a property lookup per message, which under
+    // Wine is a server round trip and made a refill of 10,000 rows take over a second.
+    const auto listBox = reinterpret_cast<WNDPROC>(GetClassLongPtrW(picker.modList, GCLP_WNDPROC));
+    CallWindowProcW(listBox, picker.modList, LB_RESETCONTENT, 0, 0);
     picker.visibleRows = filter.visibleRows;
-    SendMessageW(picker.modList, LB_INITSTORAGE, picker.visibleRows.size(), 0);
+    CallWindowProcW(listBox, picker.modList, LB_INITSTORAGE, picker.visibleRows.size(), 0);
     for (const std::size_t index : picker.visibleRows) {
         // A list without strings keeps the argument as the row's item data.
-        SendMessageW(picker.modList, LB_ADDSTRING, 0, static_cast<LPARAM>(index));
+        CallWindowProcW(listBox, picker.modList, LB_ADDSTRING, 0, static_cast<LPARAM>(index));
     }
     SendMessageW(picker.modList, LB_SETCURSEL, filter.selectedRow ? *filter.selectedRow : static_cast<std::size_t>(-1), 0);
     SendMessageW(picker.modList, WM_SETREDRAW, TRUE, 0);
