@@ -1,0 +1,318 @@
+// The picker preview from outside: a real launcher in a sample install, fed the stand-in tool's
+// own preview document, leaves a picture and a report; shown, its controls stand where the layout
+// puts them and every command that would touch a Mod or start the editor is refused.
+#include "PickerDriver.h"
+#include "PreviewSupport.h"
+#include "SampleInstall.h"
+
+#include "foundation/Paths.h"
+#include "picker/PickerIds.h"
+#include "picker/PickerLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+namespace korvane {
+namespace {
+
+using testing::PickerProcess;
+using testing::PngPicture;
+using testing::Rgb;
+using testing::SampleInstall;
+using testing::ScratchDirectory;
+
+constexpr Rgb kSurface{11, 21, 36};
+constexpr Rgb kSdkPanel{17, 29, 43};
+constexpr Rgb kSelectedCardBorder{54, 177, 196};
+constexpr Rgb kPrimaryFill{93, 224, 204};
+constexpr Rgb kLetterTile{34, 48, 65};
+
+constexpr int kCoverlessRow = 1;
+
+int Scaled(int value, std::uint32_t dpi)
+{
+    return MulDiv(value, static_cast<int>(dpi), 96);
+}
+
+// The window is the frame for a client of 1024 by 640 at the preview's DPI, cut to the work area.
+// The system draws that frame at its own DPI, so the client is what its frame leaves inside.
+SIZE ExpectedClientSize(std::uint32_t dpi)
+{
+    const auto frameFor = [](int width, int height, UINT frameDpi) {
+        RECT frame{0, 0, width, height};
+        AdjustWindowRectExForDpi(&frame, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, FALSE, WS_EX_APPWINDOW, frameDpi);
+        return SIZE{frame.right - frame.left, frame.bottom - frame.top};
+    };
+    const SIZE window = frameFor(Scaled(1024, dpi), Scaled(640, dpi), dpi);
+    const SIZE border = frameFor(0, 0, GetDpiForSystem());
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    return {std::min(window.cx, work.right - work.left) - border.cx,
+        std::min(window.cy, work.bottom - work.top) - border.cy};
+}
+
+const JsonValue& Member(const JsonValue& report, const wchar_t* key)
+{
+    return FindJsonMember(report, key);
+}
+
+// One sample install for every case here, with the stand-in tool's answer for its SDK as fixture.
+// The second Mod's cover file is gone, so its row shows the letter tile.
+class PickerPreview : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        install_ = std::make_unique<SampleInstall>(L"picker-preview");
+        const Bytes document = testing::ToolPreviewDocument(*install_);
+        preview_ = std::make_unique<JsonValue>(ParseJson(document));
+        const JsonValue& coverless = Member(*preview_, L"mods").items.at(kCoverlessRow);
+        ASSERT_TRUE(DeleteFileW(Member(coverless, L"coverPath").text.c_str()));
+        fixtures_ = std::make_unique<ScratchDirectory>(L"picker-preview-fixtures");
+        testing::WriteFileBytes(Fixture(), document);
+    }
+    static void TearDownTestSuite()
+    {
+        fixtures_.reset();
+        preview_.reset();
+        install_.reset();
+    }
+
+    static Text Fixture() { return *fixtures_ / L"preview.json"; }
+    static const Text& ModProject(size_t index)
+    {
+        return Member(Member(*preview_, L"mods").items.at(index), L"modProject").text;
+    }
+
+    static Text LoadedStatus() { return DecimalText(Member(*preview_, L"mods").items.size()) + L" Mods"; }
+    // Read off the status line itself: the report is rewritten only at a few moments, and a
+    // write that meets a read of it is lost.
+    static bool StatusReads(PickerProcess& picker, TextView status)
+    {
+        return testing::WaitUntil(picker.Process(), [&] { return picker.TextOf(kStatusLineId) == status; });
+    }
+
+    // A preview of the fixture; `more` adds options, and a later option wins over an earlier one.
+    static std::unique_ptr<PickerProcess> StartPreview(const ScratchDirectory& out, std::vector<Text> more)
+    {
+        std::vector<Text> arguments{L"-KorvanePickerPreview", L"-KorvanePickerFixture=" + Fixture(),
+            L"-KorvanePickerSnapshot=" + out / L"picker.png"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return std::make_unique<PickerProcess>(install_->Launcher(), arguments, out.Path());
+    }
+
+    static inline std::unique_ptr<SampleInstall> install_;
+    static inline std::unique_ptr<JsonValue> preview_;
+    static inline std::unique_ptr<ScratchDirectory> fixtures_;
+};
+
+TEST_F(PickerPreview, AHiddenPreviewLeavesAPictureAndReportForEachDpiAndLanguage)
+{
+    static const wchar_t* const kKeys[] = {L"firstPaintMs", L"paintCount", L"dpi", L"language", L"modCount",
+        L"visibleModCount", L"selectedSource", L"search", L"sdkFile", L"deleteButtonVisible", L"deleteButtonEnabled",
+        L"deleteButtonText", L"childStarted", L"sourceRowLabel", L"sourceRowHeight", L"snapshotSaved",
+        L"windowVisible", L"status"};
+    const struct {
+        std::uint32_t dpi;
+        const wchar_t* language;
+        const wchar_t* sourceLabel;
+        const wchar_t* deleteText;
+        const wchar_t* countSuffix;
+    } cases[] = {
+        {96, L"en", L"Source: ", L"Delete Mod", L" Mods"},
+        {144, L"en", L"Source: ", L"Delete Mod", L" Mods"},
+        {192, L"en", L"Source: ", L"Delete Mod", L" Mods"},
+        {96, L"zh-Hans", L"源码：", L"删除 Mod", L" 个 Mod"},
+        {144, L"zh-Hans", L"源码：", L"删除 Mod", L" 个 Mod"},
+        {192, L"zh-Hans", L"源码：", L"删除 Mod", L" 个 Mod"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(::testing::Message() << row.dpi << " DPI, " << TextToUtf8(row.language));
+        ScratchDirectory out(L"picker-preview-hidden");
+        const auto picker = StartPreview(out, {L"-KorvanePickerPreviewHidden", L"-KorvanePickerPreviewMs=250",
+            L"-KorvanePickerPreviewDpi=" + DecimalText(row.dpi), L"-KorvanePickerPreviewLanguage=" + Text(row.language)});
+        ASSERT_EQ(picker->WaitForExit(), 0u) << "closed by its timer";
+
+        // Every key once, in the order of the report.
+        const Bytes text = testing::ReadFileBytes(out / L"picker-report.json");
+        const JsonValue report = picker->Report();
+        EXPECT_EQ(report.members.size(), std::size(kKeys)) << text;
+        size_t previous = 0;
+        for (const wchar_t* key : kKeys) {
+            const size_t at = text.find("\"" + TextToUtf8(key) + "\":");
+            EXPECT_TRUE(at != Bytes::npos && at >= previous) << TextToUtf8(key) << " out of order in " << text;
+            previous = at == Bytes::npos ? previous : at;
+        }
+        const Text modCount = DecimalText(Member(*preview_, L"mods").items.size());
+        const std::pair<const wchar_t*, Text> values[] = {
+            {L"firstPaintMs", L"0"}, {L"paintCount", L"0"}, {L"dpi", DecimalText(row.dpi)},
+            {L"language", row.language}, {L"modCount", modCount}, {L"visibleModCount", modCount},
+            {L"selectedSource", ModProject(0)}, {L"search", L""}, {L"sdkFile", Member(*preview_, L"sdkFile").text},
+            {L"deleteButtonVisible", L"true"}, {L"deleteButtonEnabled", L"true"}, {L"deleteButtonText", row.deleteText},
+            {L"childStarted", L"false"}, {L"sourceRowLabel", row.sourceLabel},
+            {L"sourceRowHeight", DecimalText(Scaled(116, row.dpi))}, {L"snapshotSaved", L"true"},
+            {L"windowVisible", L"false"}, {L"status", modCount + row.countSuffix},
+        };
+        for (const auto& [key, value] : values) {
+            EXPECT_EQ(Member(report, key).text, value) << TextToUtf8(key);
+        }
+
+        // The picture is the client area, drawn as the layout places things at this DPI.
+        const PngPicture picture = PngPicture::Load(out / L"picker.png");
+        const SIZE client = ExpectedClientSize(row.dpi);
+        ASSERT_EQ(picture.Width(), client.cx);
+        ASSERT_EQ(picture.Height(), client.cy);
+        const auto s = [&](int value) { return Scaled(value, row.dpi); };
+        const int w = MulDiv(client.cx, 96, static_cast<int>(row.dpi));
+        const int h = MulDiv(client.cy, 96, static_cast<int>(row.dpi));
+        const int listLeft = s(320);
+        const int listTop = s(148);
+        const int coverlessTop = listTop + kCoverlessRow * s(116);
+        const struct {
+            const char* what;
+            POINT at;
+            Rgb colour;
+        } points[] = {
+            {"window surface", {s(12), s(12)}, kSurface},
+            {"SDK panel", {s(32), s(200)}, kSdkPanel},
+            {"selected card's left border", {listLeft, listTop + s(54)}, kSelectedCardBorder},
+            {"primary button", {s(w - 152) + s(8), s(h - 60) + s(18)}, kPrimaryFill},
+            {"letter tile of a Mod without cover", {listLeft + s(14), coverlessTop + s(14)}, kLetterTile},
+        };
+        for (const auto& point : points) {
+            EXPECT_EQ(picture.At(point.at.x, point.at.y), point.colour)
+                << point.what << " at " << point.at.x << "," << point.at.y;
+        }
+        EXPECT_NE(picture.At(listLeft + s(46), listTop + s(54)), kLetterTile) << "the first Mod shows its cover";
+    }
+}
+
+TEST_F(PickerPreview, AShownPreviewPaintsAndClosesByItself)
+{
+    ScratchDirectory out(L"picker-preview-shown");
+    const auto picker = StartPreview(out, {L"-KorvanePickerPreviewMs=250"});
+    ASSERT_EQ(picker->WaitForExit(), 0u);
+    const JsonValue report = picker->Report();
+    EXPECT_GT(std::stoi(Member(report, L"paintCount").text), 0);
+    EXPECT_GT(std::stoi(Member(report, L"firstPaintMs").text), 0);
+    EXPECT_EQ(Member(report, L"windowVisible").text, L"true");
+    EXPECT_EQ(Member(report, L"snapshotSaved").text, L"true");
+}
+
+TEST_F(PickerPreview, EveryControlStandsWhereTheLayoutPutsIt)
+{
+    for (const std::uint32_t dpi : {96u, 144u}) {
+        SCOPED_TRACE(::testing::Message() << dpi << " DPI");
+        ScratchDirectory out(L"picker-preview-layout");
+        const auto picker = StartPreview(out, {L"-KorvanePickerPreviewDpi=" + DecimalText(dpi)});
+        ASSERT_TRUE(picker->WaitForWindow());
+        const HWND window = picker->Window();
+        RECT client{};
+        GetClientRect(window, &client);
+        EXPECT_EQ(client.right, ExpectedClientSize(dpi).cx);
+        EXPECT_EQ(client.bottom, ExpectedClientSize(dpi).cy);
+        for (const ControlPlacement& place : PickerLayout(client.right, client.bottom, dpi)) {
+            RECT bounds{};
+            GetWindowRect(picker->Control(place.id), &bounds);
+            MapWindowPoints(HWND_DESKTOP, window, reinterpret_cast<POINT*>(&bounds), 2);
+            EXPECT_EQ(bounds.left, place.x) << "control " << place.id;
+            EXPECT_EQ(bounds.top, place.y) << "control " << place.id;
+            EXPECT_EQ(bounds.right - bounds.left, place.width) << "control " << place.id;
+            if (place.id != kLanguageComboId) {  // the layout gives the open list's height, not the field's
+                EXPECT_EQ(bounds.bottom - bounds.top, place.height) << "control " << place.id;
+            }
+        }
+        PostMessageW(window, WM_CLOSE, 0, 0);
+        EXPECT_EQ(picker->WaitForExit(), 0u);
+    }
+}
+
+TEST_F(PickerPreview, RefusesEveryCommandThatWouldChangeAModOrStartTheEditor)
+{
+    const size_t toolRuns = install_->ToolCalls().size();
+    ScratchDirectory out(L"picker-preview-refusals");
+    const auto picker = StartPreview(out, {});
+    ASSERT_TRUE(picker->WaitForWindow());
+    ASSERT_TRUE(StatusReads(*picker, LoadedStatus()));
+
+    constexpr const wchar_t* kNoModify = L"Preview mode does not modify Mod files.";
+    constexpr const wchar_t* kNoEditor = L"Preview mode does not start the Editor.";
+    // Each refusal follows one of the other kind, so every click shows in the status line.
+    const std::pair<int, const wchar_t*> clicks[] = {{kNewModId, kNoModify}, {kStartEditingId, kNoEditor},
+        {kImportModId, kNoModify}, {kStartEditingId, kNoEditor}, {kDeleteModId, kNoModify}};
+    for (const auto& [id, status] : clicks) {
+        picker->Click(id);
+        EXPECT_TRUE(StatusReads(*picker, status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
+    }
+    PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker->WaitForExit(), 0u);
+    EXPECT_EQ(Member(picker->Report(), L"childStarted").text, L"false");
+    EXPECT_EQ(Member(picker->Report(), L"status").text, kNoModify);
+    EXPECT_EQ(install_->ToolCalls().size(), toolRuns) << "no tool command ran";
+    EXPECT_TRUE(install_->EditorRecords().empty());
+    EXPECT_TRUE(testing::FileExists(ModProject(0))) << "the selected Mod is still there";
+}
+
+TEST_F(PickerPreview, AnOutOfRangeTimeAndDpiAreIgnored)
+{
+    ScratchDirectory out(L"picker-preview-ignored");
+    const auto picker = StartPreview(out, {L"-KorvanePickerPreviewMs=249", L"-KorvanePickerPreviewDpi=120"});
+    ASSERT_TRUE(picker->WaitForWindow());
+    ASSERT_TRUE(StatusReads(*picker, LoadedStatus()));
+    // A timer of 249 ms would have closed the window long before this wait ends.
+    EXPECT_FALSE(picker->Process().Wait(1500)) << "no timer closed it";
+    RECT client{};
+    GetClientRect(picker->Window(), &client);
+    EXPECT_EQ(client.right, ExpectedClientSize(96).cx);
+    PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker->WaitForExit(), 0u);
+    EXPECT_EQ(Member(picker->Report(), L"dpi").text, L"96");
+}
+
+TEST_F(PickerPreview, AFixtureWithoutUsableModsGivesALoadedEmptyList)
+{
+    ScratchDirectory out(L"picker-preview-empty");
+    testing::WriteFileText(out / L"empty.json",
+        LR"({"gameId":"skyhaven","mods":[{"id":"","name":"No id","modProject":"C:\\M\\A.umod"},)"
+        LR"({"id":"b","name":"B","modProject":"C:\\M\\B.zip"},{"id":"c","name":"","modProject":"C:\\M\\C.umod"}]})");
+    const auto picker = StartPreview(out, {L"-KorvanePickerFixture=" + out / L"empty.json",
+        L"-KorvanePickerPreviewHidden", L"-KorvanePickerPreviewMs=250"});
+    ASSERT_EQ(picker->WaitForExit(), 0u);
+    const JsonValue report = picker->Report();
+    EXPECT_EQ(Member(report, L"modCount").text, L"0");
+    EXPECT_EQ(Member(report, L"visibleModCount").text, L"0");
+    EXPECT_EQ(Member(report, L"selectedSource").text, L"");
+    EXPECT_EQ(Member(report, L"status").text, L"0 Mods");
+    EXPECT_EQ(Member(report, L"snapshotSaved").text, L"true") << "a picture is taken once an SDK is loaded";
+}
+
+TEST_F(PickerPreview, AFixtureThatCannotBeReadEndsInTheToolResultMessage)
+{
+    const std::pair<const char*, const wchar_t*> fixtures[] = {
+        {"not JSON", L"{\"mods\":[}"}, {"missing", nullptr}};
+    for (const auto& [label, content] : fixtures) {
+        SCOPED_TRACE(label);
+        ScratchDirectory out(L"picker-preview-unreadable");
+        if (content != nullptr) {
+            testing::WriteFileText(out / L"bad.json", content);
+        }
+        const auto picker = StartPreview(out, {L"-KorvanePickerFixture=" + out / L"bad.json"});
+        ASSERT_TRUE(picker->WaitForWindow());
+        const auto box = testing::WaitForMessageBox(picker->Process().Id(), picker->Process().Handle(), 60000);
+        ASSERT_TRUE(box.has_value());
+        EXPECT_EQ(box->text, L"Could not read the tool JSON result.");
+        testing::PressMessageBoxButton(box->window, IDOK);
+        EXPECT_TRUE(StatusReads(*picker, L"Could not read the tool JSON result."));
+        PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+        EXPECT_EQ(picker->WaitForExit(), 0u);
+        const JsonValue report = picker->Report();
+        EXPECT_EQ(Member(report, L"status").text, L"Could not read the tool JSON result.");
+        EXPECT_EQ(Member(report, L"modCount").text, L"0");
+        EXPECT_EQ(Member(report, L"snapshotSaved").text, L"false") << "no SDK, no picture";
+    }
+}
+
+}  // namespace
+}  // namespace korvane
