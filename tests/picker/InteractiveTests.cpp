@@ -48,15 +48,15 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     testing::ScratchDirectory reports(L"interactive-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(testing::ReportStatus(picker.Report()));
-    EXPECT_EQ(FindJsonMember(picker.Report(), L"sdkFile").text, install.SdkPath()) << "the host's SDK is loaded";
+    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(picker.TextOf(kStatusLine));
+    EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the host's SDK is loaded";
 
     // The search narrows the list to the one Mod of that name, in any case of A to Z.
     Text query = install.ModName(3);
     CharUpperBuffW(query.data(), static_cast<DWORD>(query.size()));
     picker.Type(kSearch, query);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(),
-        [&] { return FindJsonMember(picker.Report(), L"visibleModCount").text == L"1"; }));
+        [&] { return SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0) == 1; }));
     picker.ClickRow(0);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)); }));
     picker.Click(kStartEditing);
@@ -90,8 +90,9 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
         << TextToUtf8(message);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
     EXPECT_TRUE(picker.WaitForStatus(message));
-    EXPECT_EQ(FindJsonMember(picker.Report(), L"sdkFile").text, install.SdkPath()) << "the SDK, not the workspace";
-    EXPECT_TRUE(IsWindowEnabled(picker.Control(kStartEditing))) << "the picker is usable again";
+    EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)) != FALSE; }))
+        << "the picker is usable again";
+    EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the SDK, not the workspace";
 
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u);

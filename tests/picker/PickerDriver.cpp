@@ -9,6 +9,7 @@ namespace korvane::testing {
 namespace {
 
 constexpr int kModListId = 1009;
+constexpr int kStatusLineId = 1005;
 
 struct WindowSearch {
     DWORD processId;
@@ -112,7 +113,9 @@ JsonValue PickerProcess::Report() const
 
 bool PickerProcess::WaitForStatus(TextView status, DWORD timeoutMs)
 {
-    return WaitUntil(process_, [&] { return ReportStatus(Report()) == status; }, timeoutMs);
+    // The status line itself, not the report: a read of the report at the moment the launcher
+    // rewrites it makes that write fail, since the report is written without sharing.
+    return WaitUntil(process_, [&] { return TextOf(kStatusLineId) == status; }, timeoutMs);
 }
 
 DWORD PickerProcess::WaitForExit(DWORD timeoutMs)

@@ -44,7 +44,7 @@ public:
     void ClickRow(int row, bool doubleClick = false) const;
     // The last report the launcher wrote; an empty value before the first.
     JsonValue Report() const;
-    // Waits until the report's status reads `status`.
+    // Waits until the status line reads `status`.
     bool WaitForStatus(TextView status, DWORD timeoutMs = 60000);
     // Waits for the launcher's end; its exit code, or 0xFFFFFFFF when it did not end.
     DWORD WaitForExit(DWORD timeoutMs = 120000);
