@@ -1,7 +1,8 @@
 // A bare Win32 window that reports when its first paint has ended: the baseline for the
 // windows' first paints. Arguments: "[-size=<width>x<height> -stayMs=<n>] <report path>"; by
-// default a 720 x 370 window that ends at its first paint, else one of that size that stays
-// shown for n milliseconds after it. The report is one decimal number, milliseconds from
+// default a 720 x 370 pop-up like a splash window that ends at its first paint, else an
+// ordinary main window (caption, frame) of that client size that stays shown for n
+// milliseconds after it. The report is one decimal number, milliseconds from
 // process start (GetTickCount64 at entry) to the end of the first paint, plus 1.
 #include <windows.h>
 
@@ -79,8 +80,11 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR commandLine, int)
     windowClass.lpszClassName = L"KorvaneBareWindow";
     windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     RegisterClassExW(&windowClass);
-    HWND window = CreateWindowExW(WS_EX_APPWINDOW, windowClass.lpszClassName, L"Bare", WS_POPUP, 100, 100, width, height,
-        nullptr, nullptr, instance, nullptr);
+    const DWORD style = stayMs == 0 ? WS_POPUP : WS_OVERLAPPEDWINDOW;
+    RECT frame{0, 0, width, height};
+    AdjustWindowRectEx(&frame, style, FALSE, WS_EX_APPWINDOW);
+    HWND window = CreateWindowExW(WS_EX_APPWINDOW, windowClass.lpszClassName, L"Bare", style, 100, 100,
+        frame.right - frame.left, frame.bottom - frame.top, nullptr, nullptr, instance, nullptr);
     ShowWindow(window, SW_SHOWNOACTIVATE);
     UpdateWindow(window);
     MSG message;
