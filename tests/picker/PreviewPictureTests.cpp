@@ -87,13 +87,6 @@ protected:
     }
 
     static Text LoadedStatus() { return DecimalText(Member(*preview_, L"mods").items.size()) + L" Mods"; }
-    // Read off the status line itself: the report is rewritten only at a few moments, and a
-    // write that meets a read of it is lost.
-    static bool StatusReads(PickerProcess& picker, TextView status)
-    {
-        return testing::WaitUntil(picker.Process(), [&] { return picker.TextOf(kStatusLineId) == status; });
-    }
-
     // A preview of the fixture; `more` adds options, and a later option wins over an earlier one.
     static std::unique_ptr<PickerProcess> StartPreview(const ScratchDirectory& out, std::vector<Text> more)
     {
@@ -235,7 +228,7 @@ TEST_F(PickerPreview, RefusesEveryCommandThatWouldChangeAModOrStartTheEditor)
     ScratchDirectory out(L"picker-preview-refusals");
     const auto picker = StartPreview(out, {});
     ASSERT_TRUE(picker->WaitForWindow());
-    ASSERT_TRUE(StatusReads(*picker, LoadedStatus()));
+    ASSERT_TRUE(picker->WaitForStatus(LoadedStatus()));
 
     constexpr const wchar_t* kNoModify = L"Preview mode does not modify Mod files.";
     constexpr const wchar_t* kNoEditor = L"Preview mode does not start the Editor.";
@@ -244,7 +237,7 @@ TEST_F(PickerPreview, RefusesEveryCommandThatWouldChangeAModOrStartTheEditor)
         {kImportModId, kNoModify}, {kStartEditingId, kNoEditor}, {kDeleteModId, kNoModify}};
     for (const auto& [id, status] : clicks) {
         picker->Click(id);
-        EXPECT_TRUE(StatusReads(*picker, status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
+        EXPECT_TRUE(picker->WaitForStatus(status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
     }
     PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker->WaitForExit(), 0u);
@@ -260,7 +253,7 @@ TEST_F(PickerPreview, AnOutOfRangeTimeAndDpiAreIgnored)
     ScratchDirectory out(L"picker-preview-ignored");
     const auto picker = StartPreview(out, {L"-KorvanePickerPreviewMs=249", L"-KorvanePickerPreviewDpi=120"});
     ASSERT_TRUE(picker->WaitForWindow());
-    ASSERT_TRUE(StatusReads(*picker, LoadedStatus()));
+    ASSERT_TRUE(picker->WaitForStatus(LoadedStatus()));
     // A timer of 249 ms would have closed the window long before this wait ends.
     EXPECT_FALSE(picker->Process().Wait(1500)) << "no timer closed it";
     RECT client{};
@@ -304,7 +297,7 @@ TEST_F(PickerPreview, AFixtureThatCannotBeReadEndsInTheToolResultMessage)
         ASSERT_TRUE(box.has_value());
         EXPECT_EQ(box->text, L"Could not read the tool JSON result.");
         testing::PressMessageBoxButton(box->window, IDOK);
-        EXPECT_TRUE(StatusReads(*picker, L"Could not read the tool JSON result."));
+        EXPECT_TRUE(picker->WaitForStatus(L"Could not read the tool JSON result."));
         PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
         EXPECT_EQ(picker->WaitForExit(), 0u);
         const JsonValue report = picker->Report();
