@@ -76,12 +76,10 @@ TEST(DirectEdit, PreparesTheWorkspaceStartsTheEditorAndPassesItsExitCodeOn)
     EXPECT_EQ(FindJsonMember(records[0], L"cwd").text, install.EditorRoot());
     EXPECT_EQ(FindJsonMember(records[0], L"UE_SDKS_ROOT").kind, JsonKind::Null);
 
-    bool prepared = false;
-    for (const JsonValue& call : install.ToolCalls()) {
-        prepared = prepared || (!call.members.empty() && FindJsonMember(call, L"argv").items.size() > 1 &&
-                                   FindJsonMember(call, L"argv").items[1].text == L"prepare");
-    }
-    EXPECT_TRUE(prepared);
+    const std::vector<JsonValue> calls = install.ToolCalls();
+    EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [](const JsonValue& call) {
+        return testing::Argv(call).size() > 1 && testing::Argv(call)[1] == L"prepare";
+    }));
 
     // The report of the moment the editor's window stood: the run's language, the cache the first
     // preparation made, and the phases from the preparation to the editor's own.
