@@ -8,6 +8,7 @@
 
 #include "foundation/Paths.h"
 #include "picker/PickerTexts.h"
+#include "tool/ToolMessages.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@ using testing::SampleInstall;
 constexpr int kStatusLine = 1005;
 constexpr int kNewMod = 1010;
 constexpr int kImportMod = 1011;
+constexpr int kModList = 1009;
 constexpr int kDeleteMod = 1012;
 constexpr int kClose = 1004;
 constexpr int kFormCreate = 1;
@@ -36,13 +38,20 @@ constexpr int kFormChooseImage = 2203;
 constexpr int kFormChooseTarget = 2204;
 constexpr int kFormRemoveCover = 2301;
 
-// A launcher on a sample install of its own, its Mod list loaded.
+// A launcher on a sample install of its own.
 class Launcher {
 public:
-    explicit Launcher(TextView label, TextView toolScenario = {}) : install_(label), reports_(Text(label) + L"-report")
+    explicit Launcher(TextView label) : install_(label), reports_(Text(label) + L"-report") {}
+
+    // Starts the launcher with the tool's scenario and waits for its first list: the install's
+    // own Mods, or `listed` rows.
+    bool Start(TextView toolScenario = {}, std::size_t listed = SIZE_MAX)
     {
         install_.SetToolScenario(toolScenario);
         picker_.emplace(install_.Launcher(), std::vector<Text>{}, reports_.Path());
+        const Text count = DecimalText(listed == SIZE_MAX ? install_.ModCount() : listed);
+        return picker_->WaitForWindow() &&
+            testing::WaitUntil(Process(), [&] { return Report(L"modCount") == count; });
     }
 
     const SampleInstall& Install() const { return install_; }
@@ -50,13 +59,6 @@ public:
     testing::ChildProcess& Process() { return picker_->Process(); }
     Text Report(TextView key) const { return FindJsonMember(picker_->Report(), key).text; }
     Text ModsFolder() const { return ParentPath(install_.ModPackage(0)); }
-
-    // Waits for the window and the first list.
-    bool Loaded()
-    {
-        return picker_->WaitForWindow() &&
-            testing::WaitUntil(Process(), [&] { return Report(L"modCount") == DecimalText(install_.ModCount()); });
-    }
 
     // The arguments, without the program, of the tool's last run that was no list load.
     std::vector<Text> LastModCommand() const
@@ -147,7 +149,7 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
         Launcher launcher(L"create");
-        ASSERT_TRUE(launcher.Loaded());
+        ASSERT_TRUE(launcher.Start());
         const auto before = PackagesIn(launcher.ModsFolder());
         const testing::ScratchDirectory elsewhere(L"create-target");
         const Text target = elsewhere / L"Chosen Lanterns.umod";
@@ -194,7 +196,7 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
 TEST(ModFiles, CreateModWaitsForANameAndAnAuthorOfAtMostAHundredCharacters)
 {
     Launcher launcher(L"form-complete");
-    ASSERT_TRUE(launcher.Loaded());
+    ASSERT_TRUE(launcher.Start());
     ModForm form(launcher.Picker());
     ASSERT_TRUE(form.IsOpen());
     EXPECT_FALSE(form.IsEnabled(kFormCreate));
@@ -235,7 +237,7 @@ TEST(ModFiles, EveryWayOutOfTheFormCreatesNothing)
         {"the close box", [](const ModForm& form) { PostMessageW(form.Window(), WM_CLOSE, 0, 0); }},
     };
     Launcher launcher(L"form-leave");
-    ASSERT_TRUE(launcher.Loaded());
+    ASSERT_TRUE(launcher.Start());
     const Text status = launcher.Picker().TextOf(kStatusLine);
     for (const auto& way : ways) {
         SCOPED_TRACE(way.label);
@@ -281,7 +283,7 @@ TEST(ModFiles, ACoverIsJudgedByItsContentAndABadChoiceKeepsTheLastGoodOne)
         {"not an image", Bytes("This is no picture.\r\n"), false, 0},
     };
     Launcher launcher(L"covers");
-    ASSERT_TRUE(launcher.Loaded());
+    ASSERT_TRUE(launcher.Start());
     const testing::ScratchDirectory files(L"covers-files");
     ModForm form(launcher.Picker());
     ASSERT_TRUE(form.IsOpen());
@@ -338,6 +340,303 @@ TEST(ModFiles, ACoverIsJudgedByItsContentAndABadChoiceKeepsTheLastGoodOne)
     EXPECT_EQ(launcher.LastModCommand(),
         Joined(launcher.CommandStart({L"create"}),
             {L"--cover", good, L"--name", L"Covered", L"--author-name", L"Ann"}));
+}
+
+// A preview document that lists the given packages, for the stand-in tool to answer instead of
+// its own catalogue.
+Text ListingScenario(const SampleInstall& install, const std::vector<Text>& packages)
+{
+    Text mods;
+    int number = 0;
+    for (const Text& package : packages) {
+        const Text digits = DecimalText(static_cast<unsigned>(++number));
+        mods += (mods.empty() ? L"" : L",") + Text(L"{\"id\":\"mod.") + Text(32 - digits.size(), L'0') + digits +
+            L"\",\"name\":\"Listed " + digits + L"\",\"modProject\":" + QuoteJsonText(package) + L"}";
+    }
+    const Text preview = L"{\"schemaVersion\":1,\"sdkFile\":" + QuoteJsonText(install.SdkPath()) +
+        L",\"gameId\":\"skyhaven\",\"gameInfo\":{\"displayName\":\"Skyhaven\"},\"engineVersion\":\"5.6.0\"," +
+        L"\"requiresEditorBuildBinding\":false,\"gameRoot\":" + QuoteJsonText(install.GameDirectory()) +
+        L",\"mods\":[" + mods + L"]}";
+    return L"{\"sdk-preview\":{\"stdout\":" + QuoteJsonText(preview) + L"}}";
+}
+
+// Selects a row by a click and gives the package the row stands for: the install's Mods are
+// listed in their order. (The report is not written on a click, so it cannot tell.)
+Text SelectRow(Launcher& launcher, int row)
+{
+    const HWND list = launcher.Picker().Control(kModList);
+    launcher.Picker().ClickRow(row);
+    const bool selected = testing::WaitUntil(launcher.Process(), [&] {
+        return SendMessageW(list, LB_GETCURSEL, 0, 0) == row && IsWindowEnabled(launcher.Picker().Control(kDeleteMod));
+    });
+    return selected ? launcher.Install().ModPackage(static_cast<std::size_t>(row)) : Text();
+}
+
+// Lets the picker's window thread finish the command it is in.
+void LetThePickerSettle(Launcher& launcher)
+{
+    DWORD_PTR ignored = 0;
+    SendMessageTimeoutW(launcher.Picker().Window(), WM_NULL, 0, 0, SMTO_BLOCK, 30000, &ignored);
+}
+
+TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndUnderWineTheShellLeavesTheFile)
+{
+    Launcher launcher(L"delete-ask");
+    ASSERT_TRUE(launcher.Start());
+    const Text package = SelectRow(launcher, 1);
+    ASSERT_FALSE(package.empty());
+    const Text status = launcher.Picker().TextOf(kStatusLine);
+    Text name;
+    for (std::size_t index = 0; index < launcher.Install().ModCount(); ++index) {
+        if (launcher.Install().ModPackage(index) == package) {
+            name = launcher.Install().ModName(index);
+        }
+    }
+    const std::size_t toolRuns = launcher.Install().ToolCalls().size();
+
+    // Return on the question: No is the default, and nothing happens.
+    launcher.Picker().Click(kDeleteMod);
+    auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->title, kRemoveCaption.Now());
+    EXPECT_EQ(box->text, kRemoveQuestionStart.Now() + name + L"\n" + package + kRemoveQuestionEnd.Now());
+    EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDNO), GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
+    EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDYES), GWL_STYLE) & BS_TYPEMASK, BS_PUSHBUTTON);
+    HWND icon = nullptr;
+    EnumChildWindows(
+        box->window,
+        [](HWND child, LPARAM found) -> BOOL {
+            if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
+                *reinterpret_cast<HWND*>(found) = child;
+                return FALSE;
+            }
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&icon));
+    ASSERT_NE(icon, nullptr);
+    EXPECT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return testing::IconLikeness(icon, IDI_WARNING) == 1.0; }))
+        << testing::IconLikeness(icon, IDI_WARNING);
+    EXPECT_LT(testing::IconLikeness(icon, IDI_ERROR), 1.0);
+    testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
+    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
+    LetThePickerSettle(launcher);
+    EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
+    EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
+    EXPECT_TRUE(testing::FileExists(package));
+
+    // Yes: Wine's shell has no file operation to recycle with, so the file must stay where it was.
+    launcher.Picker().Click(kDeleteMod);
+    box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+    ASSERT_TRUE(box);
+    testing::PressMessageBoxButton(box->window, IDYES);
+    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
+    Text caption;
+    EXPECT_EQ(launcher.AnswerBox(&caption), kRemoveFailedMessage.Now());
+    EXPECT_EQ(caption, kOperationFailedCaption.Now());
+    EXPECT_TRUE(launcher.Picker().WaitForStatus(kRemoveFailedMessage.Now()));
+    EXPECT_TRUE(testing::FileExists(package));
+    EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
+    EXPECT_EQ(launcher.Report(L"selectedSource"), package);
+    EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns) << "the list was not read again";
+}
+
+TEST(ModFiles, DeleteModRefusesWhatIsNoLongerAPlainPackage)
+{
+    const testing::ScratchDirectory elsewhere(L"delete-refused");
+    const Text capitalised = elsewhere / L"Capitalised.UMOD";
+    const struct {
+        const char* label;
+        std::vector<Text> listed;  // empty: the install's own catalogue
+        void (*change)(const Text& package);
+        const LocalizedText& message;
+    } cases[] = {
+        {"the package went after the list was read", {}, [](const Text& package) { DeleteFileW(package.c_str()); },
+            kRemoveRefusedMessage},
+        {"a folder took the package's name", {},
+            [](const Text& package) {
+                DeleteFileW(package.c_str());
+                CreateDirectoryW(package.c_str(), nullptr);
+            },
+            kRemoveRefusedMessage},
+        // The catalogue keeps only ".umod" paths; one that stops being one when normalised is the
+        // way a listed path without that ending reaches the removal.
+        {"a listed path that is no .umod file once normalised",
+            {elsewhere.Path() + Text(1, L'\0') + L"\\Hidden.umod"}, [](const Text&) {}, kRemoveRefusedMessage},
+        {"a capitalised extension is a package, and goes to the shell", {capitalised}, [](const Text&) {},
+            kRemoveFailedMessage},
+    };
+    testing::WriteFileText(capitalised, L"{}");
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.label);
+        Launcher launcher(L"delete-refused");
+        ASSERT_TRUE(entry.listed.empty() ? launcher.Start()
+                                         : launcher.Start(ListingScenario(launcher.Install(), entry.listed), 1));
+        const Text package = entry.listed.empty() ? SelectRow(launcher, 0) : launcher.Report(L"selectedSource");
+        ASSERT_FALSE(package.empty());
+        entry.change(package);
+        const DWORD attributes = GetFileAttributesW(package.c_str());
+        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
+
+        launcher.Picker().Click(kDeleteMod);
+        const auto question = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+        ASSERT_TRUE(question) << "the question comes whatever the file has become";
+        testing::PressMessageBoxButton(question->window, IDYES);
+        ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(question->window) == FALSE; }));
+        EXPECT_EQ(launcher.AnswerBox(), entry.message.Now());
+        EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.message.Now()));
+        EXPECT_EQ(GetFileAttributesW(package.c_str()), attributes) << "left as it was";
+        EXPECT_EQ(launcher.Report(L"selectedSource"), package);
+        EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns) << "the list was not read again";
+        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteMod)));
+    }
+}
+
+TEST(ModFiles, ImportAddsAPackageAndARefusalLeavesTheList)
+{
+    const struct {
+        const char* label;
+        const wchar_t* scenario;
+        bool choose;       // false: the chooser is cancelled
+        const wchar_t* toolWords;  // the refusal the box and status show; null for success
+    } cases[] = {
+        {"a new package", L"", true, nullptr},
+        {"a package the tool refuses", LR"({"import-source":{"exitCode":1,"stderr":"KorvaneTool: the package is damaged"}})",
+            true, L"KorvaneTool: the package is damaged"},
+        {"a cancelled chooser", L"", false, nullptr},
+    };
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.label);
+        Launcher launcher(L"import");
+        ASSERT_TRUE(launcher.Start(entry.scenario));
+        const Text selected = SelectRow(launcher, 1);
+        ASSERT_FALSE(selected.empty());
+        const Text status = launcher.Picker().TextOf(kStatusLine);
+        const auto before = PackagesIn(launcher.ModsFolder());
+        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
+        const testing::ScratchDirectory elsewhere(L"import-source");
+        const Text source = elsewhere / L"Imported Isles.umod";
+        testing::WriteFileText(source,
+            LR"({"format":"KorvaneModSource","id":"mod.0123456789abcdef0123456789abcdef","name":"Imported Isles",)"
+            LR"("authorName":"Ann","version":"1.0.0","supportedGameVersions":["1.4"],"kind":"standard"})");
+
+        launcher.Picker().Click(kImportMod);
+        ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.choose ? source : Text()));
+        if (!entry.choose) {
+            LetThePickerSettle(launcher);
+            EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
+            EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
+            EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
+            continue;
+        }
+        if (entry.toolWords != nullptr) {
+            Text caption;
+            EXPECT_EQ(launcher.AnswerBox(&caption), entry.toolWords);
+            EXPECT_EQ(caption, kOperationFailedCaption.Now());
+            EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.toolWords));
+            EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
+            EXPECT_EQ(launcher.Report(L"selectedSource"), selected);
+            EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before);
+        } else {
+            ASSERT_TRUE(launcher.Picker().WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
+            const Text imported = JoinPath(launcher.ModsFolder(), L"Imported Isles.umod");
+            EXPECT_TRUE(testing::FileExists(imported));
+            EXPECT_EQ(launcher.Report(L"selectedSource"), imported);
+        }
+        EXPECT_EQ(launcher.LastModCommand(),
+            Joined(launcher.CommandStart({L"import-source"}), {L"--mod-file", source}));
+        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kImportMod)));
+    }
+}
+
+// What a failed or cancelled command leaves: the list, no package, a picker that works.
+TEST(ModFiles, AFailedOrCancelledCommandLeavesNoPackageAndAUsablePicker)
+{
+    const testing::ScratchDirectory files(L"bad-input");
+    const Text existing = files / L"Existing.umod";
+    const Text noExtension = files / L"Lanterns";
+    const Text belowAFile = existing + L"\\Inside\\Lanterns.umod";
+    const Text vanishing = files / L"vanishing.png";
+    testing::WriteFileText(existing, L"kept");
+    const struct {
+        const char* label;
+        const wchar_t* scenario;
+        bool import;
+        const Text* target;  // typed into the save location
+        bool vanishingCover;
+        bool cancel;          // Cancel pressed while the tool runs
+        Text expected;        // the status; a box shows it too unless cancelled
+        Text named;           // what the tool's words must name, when they are its own
+    } cases[] = {
+        {"a target that exists", L"", false, &existing, false, false, {}, existing},
+        {"a target without an extension", L"", false, &noExtension, false, false, {}, noExtension},
+        {"a target whose folder cannot be made", L"", false, &belowAFile, false, false, {}, belowAFile},
+        {"a cover that went after it was chosen", L"", false, nullptr, true, false, {}, vanishing},
+        {"a tool that fails", LR"({"create":{"exitCode":3,"stderr":"KorvaneTool: disk full"}})", false, nullptr,
+            false, false, L"KorvaneTool: disk full", {}},
+        {"a create cancelled while the tool hangs", LR"({"create":{"hang":true}})", false, nullptr, false, true,
+            kToolCancelledMessage.Now(), {}},
+        {"an import cancelled while the tool hangs", LR"({"import-source":{"hang":true}})", true, nullptr, false, true,
+            kToolCancelledMessage.Now(), {}},
+    };
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.label);
+        Launcher launcher(L"bad-input");
+        ASSERT_TRUE(launcher.Start(entry.scenario));
+        const Text selected = SelectRow(launcher, 1);
+        ASSERT_FALSE(selected.empty());
+        const auto before = PackagesIn(launcher.ModsFolder());
+        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
+
+        if (entry.import) {
+            launcher.Picker().Click(kImportMod);
+            ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), launcher.Install().ModPackage(0)));
+        } else {
+            ModForm form(launcher.Picker());
+            ASSERT_TRUE(form.IsOpen());
+            form.Type(kFormName, L"Lanterns");
+            form.Type(kFormAuthor, L"Ann");
+            if (entry.target != nullptr) {
+                form.Type(kFormTarget, *entry.target);
+            }
+            if (entry.vanishingCover) {
+                testing::WriteFileBytes(vanishing, testing::SolidPng(16, 16, RGB(1, 2, 3)));
+                ASSERT_TRUE(form.ChooseCover(vanishing));
+                ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.IsEnabled(kFormRemoveCover); }));
+                ASSERT_TRUE(DeleteFileW(vanishing.c_str()));
+            }
+            form.Press(kFormCreate);
+            ASSERT_TRUE(form.WaitClosed());
+        }
+        if (entry.cancel) {
+            ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return launcher.Install().ToolCalls().size() == toolRuns + 1; }));
+            EXPECT_EQ(launcher.Picker().TextOf(kClose), kCancelButton.Now());
+            launcher.Picker().Click(kClose);
+        } else {
+            Text caption;
+            const Text words = launcher.AnswerBox(&caption);
+            EXPECT_EQ(caption, kOperationFailedCaption.Now());
+            if (entry.expected.empty()) {
+                EXPECT_NE(words.find(entry.named), Text::npos) << TextToUtf8(words);
+            } else {
+                EXPECT_EQ(words, entry.expected);
+            }
+            EXPECT_TRUE(launcher.Picker().WaitForStatus(words));
+        }
+        // The report is written once the task's end is dealt with, after any box: so no box stood.
+        if (entry.cancel) {
+            EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.expected))
+                << TextToUtf8(launcher.Picker().TextOf(kStatusLine));
+        }
+        EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before) << "no package in the library";
+        if (entry.target != nullptr && entry.target != &existing) {
+            EXPECT_FALSE(testing::FileExists(*entry.target));
+        }
+        EXPECT_EQ(testing::ReadFileBytes(existing), "kept");
+        EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
+        EXPECT_EQ(launcher.Report(L"selectedSource"), selected);
+        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kNewMod))) << "the picker takes commands again";
+        testing::ExpectNoToolRunning(launcher.Install().ToolCalls());
+    }
 }
 
 }  // namespace

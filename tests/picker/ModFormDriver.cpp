@@ -147,6 +147,84 @@ HWND FocusOf(HWND window)
     return GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
 }
 
+namespace {
+
+struct Canvas {
+    HDC dc = nullptr;
+    HBITMAP bitmap = nullptr;
+    HGDIOBJ old = nullptr;
+    const RGBQUAD* bits = nullptr;
+    int width = 0;
+    int height = 0;
+
+    Canvas(int w, int h) : width(w), height(h)
+    {
+        BITMAPINFO info{};
+        info.bmiHeader.biSize = sizeof(info.bmiHeader);
+        info.bmiHeader.biWidth = w;
+        info.bmiHeader.biHeight = -h;
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        info.bmiHeader.biCompression = BI_RGB;
+        dc = CreateCompatibleDC(nullptr);
+        void* memory = nullptr;
+        bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &memory, nullptr, 0);
+        bits = static_cast<const RGBQUAD*>(memory);
+        old = SelectObject(dc, bitmap);
+    }
+    ~Canvas()
+    {
+        SelectObject(dc, old);
+        DeleteObject(bitmap);
+        DeleteDC(dc);
+    }
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    std::vector<COLORREF> Pixels() const
+    {
+        GdiFlush();
+        std::vector<COLORREF> pixels;
+        for (int index = 0; bits != nullptr && index < width * height; ++index) {
+            pixels.push_back(RGB(bits[index].rgbRed, bits[index].rgbGreen, bits[index].rgbBlue));
+        }
+        return pixels;
+    }
+};
+
+}  // namespace
+
+std::vector<COLORREF> ScreenPixels(RECT area)
+{
+    const Canvas canvas(area.right - area.left, area.bottom - area.top);
+    const HDC screen = GetDC(nullptr);
+    BitBlt(canvas.dc, 0, 0, canvas.width, canvas.height, screen, area.left, area.top, SRCCOPY);
+    ReleaseDC(nullptr, screen);
+    return canvas.Pixels();
+}
+
+double IconLikeness(HWND control, const wchar_t* icon)
+{
+    RECT area{};
+    GetWindowRect(control, &area);
+    const std::vector<COLORREF> shown = ScreenPixels(area);
+    if (shown.empty()) {
+        return 0.0;
+    }
+    const Canvas drawn(area.right - area.left, area.bottom - area.top);
+    const HBRUSH background = CreateSolidBrush(shown.front());  // a corner, outside the icon's shape
+    const RECT whole{0, 0, drawn.width, drawn.height};
+    FillRect(drawn.dc, &whole, background);
+    DeleteObject(background);
+    DrawIconEx(drawn.dc, 0, 0, LoadIconW(nullptr, icon), drawn.width, drawn.height, 0, nullptr, DI_NORMAL);
+    const std::vector<COLORREF> expected = drawn.Pixels();
+    std::size_t same = 0;
+    for (std::size_t index = 0; index < shown.size() && index < expected.size(); ++index) {
+        same += shown[index] == expected[index] ? 1 : 0;
+    }
+    return static_cast<double>(same) / static_cast<double>(shown.size());
+}
+
 ModForm::ModForm(PickerProcess& picker) : picker_(picker)
 {
     picker.Click(kNewModId);
@@ -238,33 +316,8 @@ std::vector<COLORREF> ModForm::Pixels(int x, int y, int width, int height) const
     const int dpi = MulDiv(client.right, 96, 720);
     POINT origin{MulDiv(x, dpi, 96), MulDiv(y, dpi, 96)};
     ClientToScreen(form_, &origin);
-    const int w = MulDiv(width, dpi, 96);
-    const int h = MulDiv(height, dpi, 96);
-
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = w;
-    info.bmiHeader.biHeight = -h;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    const HDC screen = GetDC(nullptr);
-    const HDC memory = CreateCompatibleDC(screen);
-    void* bits = nullptr;
-    const HBITMAP bitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ old = SelectObject(memory, bitmap);
-    BitBlt(memory, 0, 0, w, h, screen, origin.x, origin.y, SRCCOPY);
-    GdiFlush();
-    std::vector<COLORREF> pixels;
-    const auto* quads = static_cast<const RGBQUAD*>(bits);
-    for (int index = 0; quads != nullptr && index < w * h; ++index) {
-        pixels.push_back(RGB(quads[index].rgbRed, quads[index].rgbGreen, quads[index].rgbBlue));
-    }
-    SelectObject(memory, old);
-    DeleteObject(bitmap);
-    DeleteDC(memory);
-    ReleaseDC(nullptr, screen);
-    return pixels;
+    return ScreenPixels(
+        RECT{origin.x, origin.y, origin.x + MulDiv(width, dpi, 96), origin.y + MulDiv(height, dpi, 96)});
 }
 
 std::size_t ModForm::ErrorPixels() const

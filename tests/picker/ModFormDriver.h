@@ -28,6 +28,13 @@ void PressKey(HWND window, WPARAM key);
 // The control that has the keyboard focus on the thread of `window`, or null.
 HWND FocusOf(HWND window);
 
+// The screen's pixels in a rectangle, row by row from the top.
+std::vector<COLORREF> ScreenPixels(RECT area);
+
+// The share of a control's pixels on the screen that match the system icon `icon` drawn over the
+// control's own background: 1.0 when it shows exactly that icon.
+double IconLikeness(HWND control, const wchar_t* icon);
+
 class ModForm {
 public:
     // Presses New Mod in the picker and waits for the form.
