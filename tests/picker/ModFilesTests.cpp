@@ -49,9 +49,25 @@ public:
     {
         install_.SetToolScenario(toolScenario);
         picker_.emplace(install_.Launcher(), std::vector<Text>{}, reports_.Path());
-        const Text count = DecimalText(listed == SIZE_MAX ? install_.ModCount() : listed);
-        return picker_->WaitForWindow() &&
-            testing::WaitUntil(Process(), [&] { return Report(L"modCount") == count; });
+        const auto count = static_cast<LRESULT>(listed == SIZE_MAX ? install_.ModCount() : listed);
+        return picker_->WaitForWindow() && testing::WaitUntil(Process(), [&] {
+            return SendMessageW(picker_->Control(kModList), LB_GETCOUNT, 0, 0) == count;
+        }) && Settle();
+    }
+
+    // Waits until the picker's window thread has finished what it was doing: a message sent now
+    // is taken only between commands. The report is read only after this, never while the
+    // launcher may be writing it, as it writes the report without sharing.
+    bool Settle()
+    {
+        DWORD_PTR ignored = 0;
+        return SendMessageTimeoutW(picker_->Window(), WM_NULL, 0, 0, SMTO_BLOCK, 60000, &ignored) != 0;
+    }
+
+    // Waits until the status line reads `status` and the command that wrote it is done.
+    bool WaitForStatus(TextView status)
+    {
+        return testing::WaitUntil(Process(), [&] { return picker_->TextOf(kStatusLine) == status; }) && Settle();
     }
 
     const SampleInstall& Install() const { return install_; }
@@ -94,6 +110,7 @@ public:
             *caption = box->title;
         }
         testing::PressMessageBoxButton(box->window, IDOK);
+        testing::WaitUntil(Process(), [&] { return IsWindow(box->window) == FALSE; });
         return box->text;
     }
 
@@ -169,7 +186,7 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
             form.Press(kFormCreate);
         }
         ASSERT_TRUE(form.WaitClosed());
-        ASSERT_TRUE(launcher.Picker().WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)))
+        ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)))
             << TextToUtf8(launcher.Picker().TextOf(kStatusLine));
 
         std::vector<Text> options{L"--name", entry.toolName, L"--author-name", entry.toolAuthor};
@@ -178,7 +195,6 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
         }
         EXPECT_EQ(launcher.LastModCommand(), Joined(launcher.CommandStart(entry.command), options));
         const auto after = PackagesIn(launcher.ModsFolder());
-        const Text created = entry.chooseTarget ? target : after.empty() ? Text() : *after.rbegin();
         if (!entry.chooseTarget) {
             std::vector<Text> added;
             std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
@@ -219,6 +235,14 @@ TEST(ModFiles, CreateModWaitsForANameAndAnAuthorOfAtMostAHundredCharacters)
     EXPECT_EQ(form.TextOf(kFormAuthor), Text(100, L'a'));
     EXPECT_FALSE(form.IsEnabled(kFormCreate));
     EXPECT_EQ(launcher.Install().ToolCalls().size(), 1u) << "only the first load ran the tool";
+
+    // Values at the limit reach the tool whole.
+    ASSERT_TRUE(form.TypeKeys(kFormName, Text(100, L'n')));
+    form.Press(kFormCreate);
+    ASSERT_TRUE(form.WaitClosed());
+    ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
+    EXPECT_EQ(launcher.LastModCommand(),
+        Joined(launcher.CommandStart({L"create"}), {L"--name", Text(100, L'n'), L"--author-name", Text(100, L'a')}));
 }
 
 TEST(ModFiles, EveryWayOutOfTheFormCreatesNothing)
@@ -336,7 +360,7 @@ TEST(ModFiles, ACoverIsJudgedByItsContentAndABadChoiceKeepsTheLastGoodOne)
     form.Type(kFormAuthor, L"Ann");
     form.Press(kFormCreate);
     ASSERT_TRUE(form.WaitClosed());
-    ASSERT_TRUE(launcher.Picker().WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
+    ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
     EXPECT_EQ(launcher.LastModCommand(),
         Joined(launcher.CommandStart({L"create"}),
             {L"--cover", good, L"--name", L"Covered", L"--author-name", L"Ann"}));
@@ -370,13 +394,6 @@ Text SelectRow(Launcher& launcher, int row)
         return SendMessageW(list, LB_GETCURSEL, 0, 0) == row && IsWindowEnabled(launcher.Picker().Control(kDeleteMod));
     });
     return selected ? launcher.Install().ModPackage(static_cast<std::size_t>(row)) : Text();
-}
-
-// Lets the picker's window thread finish the command it is in.
-void LetThePickerSettle(Launcher& launcher)
-{
-    DWORD_PTR ignored = 0;
-    SendMessageTimeoutW(launcher.Picker().Window(), WM_NULL, 0, 0, SMTO_BLOCK, 30000, &ignored);
 }
 
 TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndUnderWineTheShellLeavesTheFile)
@@ -419,7 +436,7 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndUnderWineTheShellLeavesTheFile)
     EXPECT_LT(testing::IconLikeness(icon, IDI_ERROR), 1.0);
     testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
     ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
-    LetThePickerSettle(launcher);
+    launcher.Settle();
     EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
     EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
     EXPECT_TRUE(testing::FileExists(package));
@@ -433,7 +450,7 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndUnderWineTheShellLeavesTheFile)
     Text caption;
     EXPECT_EQ(launcher.AnswerBox(&caption), kRemoveFailedMessage.Now());
     EXPECT_EQ(caption, kOperationFailedCaption.Now());
-    EXPECT_TRUE(launcher.Picker().WaitForStatus(kRemoveFailedMessage.Now()));
+    EXPECT_TRUE(launcher.WaitForStatus(kRemoveFailedMessage.Now()));
     EXPECT_TRUE(testing::FileExists(package));
     EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
     EXPECT_EQ(launcher.Report(L"selectedSource"), package);
@@ -483,7 +500,7 @@ TEST(ModFiles, DeleteModRefusesWhatIsNoLongerAPlainPackage)
         testing::PressMessageBoxButton(question->window, IDYES);
         ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(question->window) == FALSE; }));
         EXPECT_EQ(launcher.AnswerBox(), entry.message.Now());
-        EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.message.Now()));
+        EXPECT_TRUE(launcher.WaitForStatus(entry.message.Now()));
         EXPECT_EQ(GetFileAttributesW(package.c_str()), attributes) << "left as it was";
         EXPECT_EQ(launcher.Report(L"selectedSource"), package);
         EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns) << "the list was not read again";
@@ -522,7 +539,7 @@ TEST(ModFiles, ImportAddsAPackageAndARefusalLeavesTheList)
         launcher.Picker().Click(kImportMod);
         ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.choose ? source : Text()));
         if (!entry.choose) {
-            LetThePickerSettle(launcher);
+            launcher.Settle();
             EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
             EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
             EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
@@ -532,12 +549,12 @@ TEST(ModFiles, ImportAddsAPackageAndARefusalLeavesTheList)
             Text caption;
             EXPECT_EQ(launcher.AnswerBox(&caption), entry.toolWords);
             EXPECT_EQ(caption, kOperationFailedCaption.Now());
-            EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.toolWords));
+            EXPECT_TRUE(launcher.WaitForStatus(entry.toolWords));
             EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
             EXPECT_EQ(launcher.Report(L"selectedSource"), selected);
             EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before);
         } else {
-            ASSERT_TRUE(launcher.Picker().WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
+            ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
             const Text imported = JoinPath(launcher.ModsFolder(), L"Imported Isles.umod");
             EXPECT_TRUE(testing::FileExists(imported));
             EXPECT_EQ(launcher.Report(L"selectedSource"), imported);
@@ -611,6 +628,9 @@ TEST(ModFiles, AFailedOrCancelledCommandLeavesNoPackageAndAUsablePicker)
             ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return launcher.Install().ToolCalls().size() == toolRuns + 1; }));
             EXPECT_EQ(launcher.Picker().TextOf(kClose), kCancelButton.Now());
             launcher.Picker().Click(kClose);
+            EXPECT_TRUE(launcher.WaitForStatus(entry.expected));
+            // The report is written once the task's end is dealt with, after any box: no box stood.
+            EXPECT_EQ(launcher.Report(L"status"), entry.expected);
         } else {
             Text caption;
             const Text words = launcher.AnswerBox(&caption);
@@ -620,12 +640,7 @@ TEST(ModFiles, AFailedOrCancelledCommandLeavesNoPackageAndAUsablePicker)
             } else {
                 EXPECT_EQ(words, entry.expected);
             }
-            EXPECT_TRUE(launcher.Picker().WaitForStatus(words));
-        }
-        // The report is written once the task's end is dealt with, after any box: so no box stood.
-        if (entry.cancel) {
-            EXPECT_TRUE(launcher.Picker().WaitForStatus(entry.expected))
-                << TextToUtf8(launcher.Picker().TextOf(kStatusLine));
+            EXPECT_TRUE(launcher.WaitForStatus(words));
         }
         EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before) << "no package in the library";
         if (entry.target != nullptr && entry.target != &existing) {
