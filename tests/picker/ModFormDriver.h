@@ -1,0 +1,85 @@
+#pragma once
+// The Create Mod form, the shell's file choosers and the boxes of a real launcher, reached from
+// outside as PickerDriver.h reaches its picker: by window class, caption and control ids, by
+// messages and keystrokes, and by the pixels the form puts on the screen. Also the image files
+// that a test offers as covers, written byte by byte so that their size is exact.
+
+#include "PickerDriver.h"
+
+#include "foundation/Text.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace korvane::testing {
+
+// The visible dialog box (#32770) of the process with caption `title`; null when none came.
+HWND WaitForDialog(const ChildProcess& process, TextView title, DWORD timeoutMs = 30000);
+
+// Answers the file chooser captioned `title` as a user does: types `path` into its file-name box
+// and presses Return, or presses Cancel when `path` is empty. True when the chooser came and went.
+bool AnswerFileChooser(const ChildProcess& process, TextView title, TextView path);
+
+// A key pressed and released, posted to `window` as the keyboard would deliver it.
+void PressKey(HWND window, WPARAM key);
+
+// The control that has the keyboard focus on the thread of `window`, or null.
+HWND FocusOf(HWND window);
+
+// The screen's pixels in a rectangle, row by row from the top.
+std::vector<COLORREF> ScreenPixels(RECT area);
+
+// The share of a control's pixels on the screen that match the system icon `icon` drawn over the
+// control's own background: 1.0 when it shows exactly that icon.
+double IconLikeness(HWND control, const wchar_t* icon);
+
+class ModForm {
+public:
+    // Presses New Mod in the picker and waits for the form.
+    explicit ModForm(PickerProcess& picker);
+
+    bool IsOpen() const { return form_ != nullptr && IsWindow(form_) != FALSE; }
+    HWND Window() const noexcept { return form_; }
+    HWND Control(int id) const { return GetDlgItem(form_, id); }
+    Text TextOf(int id) const;
+    bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+    // Sets an edit's text; the edit reports the change to the form as typing would.
+    void Type(int id, TextView text) const;
+    // Types into an edit one character message per code unit, as the keyboard does, and waits
+    // until the edit has taken them all.
+    bool TypeKeys(int id, TextView text) const;
+    void Press(int id) const;
+    // A key pressed on the control that has the focus.
+    void Key(WPARAM key) const;
+    // Moves the focus with Tab until control `id` has it.
+    bool FocusOn(int id) const;
+    // Picks a row of the type combo with the arrow keys.
+    bool ChooseType(int row) const;
+    // Chooses a cover through the form's chooser; true when the chooser came and went and the
+    // form has dealt with the answer.
+    bool ChooseCover(TextView path) const;
+    bool WaitClosed() const;
+
+    // The screen's pixels in a rectangle of the form's client area, given at 96 DPI.
+    std::vector<COLORREF> Pixels(int x, int y, int width, int height) const;
+    // How many pixels of the cover hint's place show the error's colour, and the hint's colour.
+    std::size_t ErrorPixels() const;
+    std::size_t HintPixels() const;
+    // The colour at the middle of the cover tile.
+    COLORREF TileCentre() const;
+
+private:
+    PickerProcess& picker_;
+    HWND form_ = nullptr;
+};
+
+// A PNG of one colour, `width` by `height`, stored without compression; `fileSize`, when given,
+// is the exact size of the file, reached with comment chunks.
+Bytes SolidPng(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize = 0);
+
+// A JPEG of one colour, written by the system's image library.
+Bytes SolidJpeg(std::uint32_t width, std::uint32_t height, COLORREF colour);
+
+}  // namespace korvane::testing
