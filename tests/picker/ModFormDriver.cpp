@@ -1,11 +1,11 @@
 #include "ModFormDriver.h"
 
+#include "ImageFiles.h"
+#include "common/Png.h"
+
 #include "foundation/GdiplusSession.h"
 #include "foundation/Paths.h"
-#include "foundation/UniqueResource.h"
 
-#include <objidl.h>
-#include <gdiplus.h>
 
 #include <algorithm>
 
@@ -47,66 +47,6 @@ HWND FindDialog(DWORD processId, TextView title)
         reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
-
-void AppendBigEndian(Bytes& bytes, std::uint32_t value)
-{
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
-    }
-}
-
-std::uint32_t Crc32(const char* data, std::size_t size)
-{
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (std::size_t index = 0; index < size; ++index) {
-        crc ^= static_cast<std::uint8_t>(data[index]);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-        }
-    }
-    return ~crc;
-}
-
-void AppendChunk(Bytes& png, const char (&type)[5], const Bytes& data)
-{
-    AppendBigEndian(png, static_cast<std::uint32_t>(data.size()));
-    const std::size_t typeStart = png.size();
-    png.append(type, 4);
-    png += data;
-    AppendBigEndian(png, Crc32(png.data() + typeStart, png.size() - typeStart));
-}
-
-// zlib without compression: stored blocks of at most 65535 bytes and the Adler-32 sum.
-Bytes StoredZlib(const Bytes& raw)
-{
-    Bytes out("\x78\x01", 2);
-    std::size_t offset = 0;
-    do {
-        const std::size_t length = std::min<std::size_t>(65535, raw.size() - offset);
-        const bool last = offset + length == raw.size();
-        out.push_back(last ? '\x01' : '\x00');
-        for (const std::uint32_t word : {static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(~length & 0xFFFF)}) {
-            out.push_back(static_cast<char>(word & 0xFF));
-            out.push_back(static_cast<char>((word >> 8) & 0xFF));
-        }
-        out.append(raw, offset, length);
-        offset += length;
-    } while (offset < raw.size());
-    std::uint32_t a = 1;
-    std::uint32_t b = 0;
-    for (const char byte : raw) {
-        a = (a + static_cast<std::uint8_t>(byte)) % 65521;
-        b = (b + a) % 65521;
-    }
-    AppendBigEndian(out, (b << 16) | a);
-    return out;
-}
-
-struct GdiplusImageTraits {
-    using Value = Gdiplus::GpBitmap*;
-    static Value Invalid() noexcept { return nullptr; }
-    static void Close(Value value) noexcept { Gdiplus::DllExports::GdipDisposeImage(value); }
-};
 
 }  // namespace
 
@@ -340,60 +280,17 @@ COLORREF ModForm::TileCentre() const
 
 Bytes SolidPng(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize)
 {
-    // One bit per pixel into a palette of one colour: even 2048 x 2048 stays near half a MiB.
-    const std::size_t rowBytes = (width + 7) / 8;
-    Bytes raw;
-    raw.reserve((rowBytes + 1) * height);
-    for (std::uint32_t row = 0; row < height; ++row) {
-        raw.append(rowBytes + 1, '\0');
-    }
-    Bytes png("\x89PNG\r\n\x1a\n", 8);
-    Bytes header;
-    AppendBigEndian(header, width);
-    AppendBigEndian(header, height);
-    header.append("\x01\x03\x00\x00\x00", 5);
-    AppendChunk(png, "IHDR", header);
-    const char palette[] = {static_cast<char>(GetRValue(colour)), static_cast<char>(GetGValue(colour)),
-        static_cast<char>(GetBValue(colour))};
-    AppendChunk(png, "PLTE", Bytes(palette, 3));
-    AppendChunk(png, "IDAT", StoredZlib(raw));
-    constexpr std::size_t kChunkOverhead = 12;
-    constexpr std::size_t kLeast = kChunkOverhead + 8;  // "Comment" and its terminator
-    while (fileSize > png.size() + kChunkOverhead) {
-        std::size_t rest = fileSize - png.size() - kChunkOverhead;  // room before the end chunk
-        std::size_t data = std::min<std::size_t>(rest - kChunkOverhead, 60000);
-        if (rest - kChunkOverhead - data != 0 && rest - kChunkOverhead - data < kLeast) {
-            data -= kLeast;  // leave enough for one more comment
-        }
-        Bytes comment("Comment", 8);
-        comment.append(data - 8, 'x');
-        AppendChunk(png, "tEXt", comment);
-    }
-    AppendChunk(png, "IEND", Bytes());
-    return png;
+    return standins::EncodeSolidPng(width, height,
+        {GetRValue(colour), GetGValue(colour), GetBValue(colour)}, fileSize);
 }
 
 Bytes SolidJpeg(std::uint32_t width, std::uint32_t height, COLORREF colour)
 {
-    namespace gdip = Gdiplus::DllExports;
     const GdiplusSession session;
-    UniqueResource<GdiplusImageTraits> bitmap;
-    gdip::GdipCreateBitmapFromScan0(
-        static_cast<INT>(width), static_cast<INT>(height), 0, PixelFormat24bppRGB, nullptr, bitmap.Put());
-    for (std::uint32_t y = 0; bitmap && y < height; ++y) {
-        for (std::uint32_t x = 0; x < width; ++x) {
-            gdip::GdipBitmapSetPixel(bitmap.Get(), static_cast<INT>(x), static_cast<INT>(y),
-                0xFF000000u | (GetRValue(colour) << 16) | (GetGValue(colour) << 8) | GetBValue(colour));
-        }
-    }
-    CLSID jpeg{};
-    CLSIDFromString(L"{557CF401-1A04-11D3-9A73-0000F81EF32E}", &jpeg);
     const ScratchDirectory folder(L"jpeg");
     const Text path = folder / L"image.jpg";
-    if (!bitmap || gdip::GdipSaveImageToFile(bitmap.Get(), path.c_str(), &jpeg, nullptr) != Gdiplus::Ok) {
-        return {};
-    }
-    bitmap.Reset();
+    WriteImageFile(path, width, height, ImageFormat::Jpeg,
+        static_cast<std::uint32_t>(GetRValue(colour)) << 16 | GetGValue(colour) << 8 | GetBValue(colour));
     return ReadFileBytes(path);
 }
 

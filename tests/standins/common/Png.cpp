@@ -1,5 +1,6 @@
 #include "common/Png.h"
 
+#include <algorithm>
 #include <array>
 
 namespace korvane::standins {
@@ -98,6 +99,34 @@ Bytes EncodePng(std::uint32_t width, std::uint32_t height, const std::vector<Rgb
         }
     }
     PutChunk(png, "IDAT", StoreInZlib(raw));
+    PutChunk(png, "IEND", {});
+    return png;
+}
+
+Bytes EncodeSolidPng(std::uint32_t width, std::uint32_t height, Rgb colour, size_t fileSize)
+{
+    Bytes png("\x89PNG\r\n\x1A\n", 8);
+    Bytes header;
+    PutBigEndian(header, width);
+    PutBigEndian(header, height);
+    header += Bytes("\x01\x03\x00\x00\x00", 5);  // 1 bit, palette, deflate, no filter method, no interlace
+    PutChunk(png, "IHDR", header);
+    const char palette[] = {static_cast<char>(colour.red), static_cast<char>(colour.green), static_cast<char>(colour.blue)};
+    PutChunk(png, "PLTE", BytesView(palette, 3));
+    const size_t rowBytes = (width + 7) / 8;
+    PutChunk(png, "IDAT", StoreInZlib(Bytes((rowBytes + 1) * height, '\0')));
+    constexpr size_t kChunkOverhead = 12;
+    constexpr size_t kLeast = kChunkOverhead + 8;  // "Comment", its terminator and a chunk's frame
+    while (fileSize > png.size() + kChunkOverhead) {
+        const size_t rest = fileSize - png.size() - kChunkOverhead;  // room before the end chunk
+        size_t data = std::min<size_t>(rest - kChunkOverhead, 60000);
+        if (rest - kChunkOverhead - data != 0 && rest - kChunkOverhead - data < kLeast) {
+            data -= kLeast;  // leave enough for one more comment
+        }
+        Bytes comment("Comment", 8);
+        comment.append(data - 8, 'x');
+        PutChunk(png, "tEXt", comment);
+    }
     PutChunk(png, "IEND", {});
     return png;
 }
