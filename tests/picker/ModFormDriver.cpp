@@ -19,41 +19,12 @@ constexpr int kFormTypeComboId = 2300;
 constexpr COLORREF kCoverErrorColour = RGB(244, 137, 129);
 constexpr COLORREF kCoverHintColour = RGB(148, 177, 193);
 
-struct DialogSearch {
-    DWORD processId;
-    Text title;
-    HWND found;
-};
-
-HWND FindDialog(DWORD processId, TextView title)
-{
-    DialogSearch search{processId, Text(title), nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-            auto& wanted = *reinterpret_cast<DialogSearch*>(parameter);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            wchar_t name[64] = {};
-            GetClassNameW(window, name, 64);
-            wchar_t caption[256] = {};
-            GetWindowTextW(window, caption, 256);
-            if (owner == wanted.processId && Text(L"#32770") == name && wanted.title == caption &&
-                IsWindowVisible(window)) {
-                wanted.found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
-
 }  // namespace
 
 HWND WaitForDialog(const ChildProcess& process, TextView title, DWORD timeoutMs)
 {
     HWND dialog = nullptr;
-    WaitUntil(process, [&] { return (dialog = FindDialog(process.Id(), title)) != nullptr; }, timeoutMs);
+    WaitUntil(process, [&] { return (dialog = FindProcessWindow(process.Id(), L"#32770", title)) != nullptr; }, timeoutMs);
     return dialog;
 }
 

@@ -14,14 +14,15 @@ constexpr int kStatusLineId = 1005;
 struct WindowSearch {
     DWORD processId;
     Text className;
+    std::optional<Text> title;
     HWND found;
 };
 
 }  // namespace
 
-HWND FindProcessWindow(DWORD processId, TextView className)
+HWND FindProcessWindow(DWORD processId, TextView className, std::optional<TextView> title)
 {
-    WindowSearch search{processId, Text(className), nullptr};
+    WindowSearch search{processId, Text(className), title ? std::optional<Text>(Text(*title)) : std::nullopt, nullptr};
     EnumWindows(
         [](HWND window, LPARAM parameter) -> BOOL {
             auto& wanted = *reinterpret_cast<WindowSearch*>(parameter);
@@ -29,7 +30,10 @@ HWND FindProcessWindow(DWORD processId, TextView className)
             GetWindowThreadProcessId(window, &owner);
             wchar_t name[128] = {};
             GetClassNameW(window, name, 128);
-            if (owner == wanted.processId && wanted.className == name && IsWindowVisible(window)) {
+            wchar_t caption[256] = {};
+            GetWindowTextW(window, caption, 256);
+            if (owner == wanted.processId && wanted.className == name && (!wanted.title || *wanted.title == caption) &&
+                IsWindowVisible(window)) {
                 wanted.found = window;
                 return FALSE;
             }

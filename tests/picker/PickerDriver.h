@@ -17,8 +17,9 @@
 
 namespace korvane::testing {
 
-// The first visible top-level window of a class in a process, or null.
-HWND FindProcessWindow(DWORD processId, TextView className);
+// The first visible top-level window of a class in a process, with that title when one is
+// given, or null.
+HWND FindProcessWindow(DWORD processId, TextView className, std::optional<TextView> title = std::nullopt);
 
 // Polls until `ready` holds or `timeoutMs` pass, or the process ends: a window of another process
 // gives nothing to wait on. True when it held.
