@@ -1,11 +1,13 @@
 // The Mod file commands through a real launcher's window: New Mod and its form, the cover
 // choice, Import and Delete, with the shell's choosers answered as a user answers them and the
 // stand-in tool doing the work.
+#include "ImageFiles.h"
 #include "ModFormDriver.h"
-#include "PickerDriver.h"
 #include "SampleInstall.h"
 #include "ToolCalls.h"
+#include "common/Png.h"
 
+#include "foundation/GdiplusSession.h"
 #include "foundation/Paths.h"
 #include "picker/PickerTexts.h"
 #include "tool/ToolMessages.h"
@@ -20,17 +22,15 @@ namespace korvane {
 namespace {
 
 using testing::ModForm;
-using testing::PickerProcess;
-using testing::SampleInstall;
+using testing::WaitUntil;
 
 constexpr int kStatusLine = 1005;
+constexpr int kClose = 1004;
+constexpr int kModList = 1009;
 constexpr int kNewMod = 1010;
 constexpr int kImportMod = 1011;
-constexpr int kModList = 1009;
 constexpr int kDeleteMod = 1012;
-constexpr int kClose = 1004;
 constexpr int kFormCreate = 1;
-constexpr int kFormCancel = 2;
 constexpr int kFormName = 2101;
 constexpr int kFormAuthor = 2102;
 constexpr int kFormTarget = 2104;
@@ -38,21 +38,16 @@ constexpr int kFormChooseImage = 2203;
 constexpr int kFormChooseTarget = 2204;
 constexpr int kFormRemoveCover = 2301;
 
-// A launcher on a sample install of its own.
+// A launcher on a sample install of its own, started with its first list loaded.
 class Launcher {
 public:
     explicit Launcher(TextView label) : install_(label), reports_(Text(label) + L"-report") {}
 
-    // Starts the launcher with the tool's scenario and waits for its first list: the install's
-    // own Mods, or `listed` rows.
-    bool Start(TextView toolScenario = {}, std::size_t listed = SIZE_MAX)
+    bool Start()
     {
-        install_.SetToolScenario(toolScenario);
         picker_.emplace(install_.Launcher(), std::vector<Text>{}, reports_.Path());
-        const auto count = static_cast<LRESULT>(listed == SIZE_MAX ? install_.ModCount() : listed);
-        return picker_->WaitForWindow() && testing::WaitUntil(Process(), [&] {
-            return SendMessageW(picker_->Control(kModList), LB_GETCOUNT, 0, 0) == count;
-        }) && Settle();
+        return picker_->WaitForWindow() && WaitUntil(Process(), [&] { return Rows() == install_.ModCount(); }) &&
+               Settle();
     }
 
     // Waits until the picker's window thread has finished what it was doing: a message sent now
@@ -67,12 +62,15 @@ public:
     // Waits until the status line reads `status` and the command that wrote it is done.
     bool WaitForStatus(TextView status)
     {
-        return testing::WaitUntil(Process(), [&] { return picker_->TextOf(kStatusLine) == status; }) && Settle();
+        return WaitUntil(Process(), [&] { return Status() == status; }) && Settle() && Status() == status;
     }
 
-    const SampleInstall& Install() const { return install_; }
-    PickerProcess& Picker() { return *picker_; }
+    const testing::SampleInstall& Install() const { return install_; }
+    testing::PickerProcess& Picker() { return *picker_; }
     testing::ChildProcess& Process() { return picker_->Process(); }
+    Text Status() const { return picker_->TextOf(kStatusLine); }
+    std::size_t Rows() const { return static_cast<std::size_t>(SendMessageW(picker_->Control(kModList), LB_GETCOUNT, 0, 0)); }
+    std::size_t ToolRuns() const { return install_.ToolCalls().size(); }
     Text Report(TextView key) const { return FindJsonMember(picker_->Report(), key).text; }
     Text ModsFolder() const { return ParentPath(install_.ModPackage(0)); }
 
@@ -81,43 +79,49 @@ public:
     {
         const auto calls = install_.ToolCalls();
         for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
-            const std::vector<Text> argv = testing::Argv(*call);
-            if (argv.size() > 1 && argv[1] != L"sdk-preview") {
+            if (const std::vector<Text> argv = testing::Argv(*call); argv.size() > 1 && argv[1] != L"sdk-preview") {
                 return std::vector<Text>(argv.begin() + 1, argv.end());
             }
         }
         return {};
     }
 
-    // What the launcher passes to every Mod command before its own options.
-    std::vector<Text> CommandStart(std::vector<Text> command) const
+    // A Mod command as the launcher gives it: the command, the install's places, its options.
+    std::vector<Text> Expected(std::vector<Text> command, const std::vector<Text>& options) const
     {
-        for (const Text& word : {Text(L"--sdk"), install_.SdkPath(), Text(L"--game-root"), install_.GameDirectory(),
-                 Text(L"--editor-root"), install_.EditorRoot()}) {
-            command.push_back(word);
-        }
+        command.insert(command.end(), {L"--sdk", install_.SdkPath(), L"--game-root", install_.GameDirectory(),
+            L"--editor-root", install_.EditorRoot()});
+        command.insert(command.end(), options.begin(), options.end());
         return command;
     }
 
-    // The text of the next box the launcher shows, answered with OK; empty when none came.
-    Text AnswerBox(Text* caption = nullptr)
+    // Selects a row by a click and gives the package it stands for: the install's Mods are listed
+    // in their order. (The report is not written on a click, so it cannot tell.)
+    Text Select(int row)
+    {
+        picker_->ClickRow(row);
+        return WaitUntil(Process(), [&] {
+            return SendMessageW(picker_->Control(kModList), LB_GETCURSEL, 0, 0) == row &&
+                   IsWindowEnabled(picker_->Control(kDeleteMod));
+        }) ? install_.ModPackage(static_cast<std::size_t>(row)) : Text();
+    }
+
+    // The next box the launcher shows, answered with `button`; empty when none came.
+    testing::MessageBoxSeen AnswerBox(int button = IDOK)
     {
         const auto box = testing::WaitForMessageBox(Process().Id(), Process().Handle(), 60000);
         if (!box) {
             return {};
         }
-        if (caption != nullptr) {
-            *caption = box->title;
-        }
-        testing::PressMessageBoxButton(box->window, IDOK);
-        testing::WaitUntil(Process(), [&] { return IsWindow(box->window) == FALSE; });
-        return box->text;
+        testing::PressMessageBoxButton(box->window, button);
+        WaitUntil(Process(), [&] { return IsWindow(box->window) == FALSE; });
+        return *box;
     }
 
 private:
-    SampleInstall install_;
+    testing::SampleInstall install_;
     testing::ScratchDirectory reports_;
-    std::optional<PickerProcess> picker_;
+    std::optional<testing::PickerProcess> picker_;
 };
 
 Text ModCountStatus(std::size_t count)
@@ -131,22 +135,18 @@ std::set<Text> PackagesIn(TextView folder)
     std::set<Text> packages;
     WIN32_FIND_DATAW found{};
     const UniqueFindHandle search(FindFirstFileW(JoinPath(folder, L"*.umod").c_str(), &found));
-    while (search) {
+    for (bool more = bool(search); more; more = FindNextFileW(search.Get(), &found) != FALSE) {
         packages.insert(JoinPath(folder, found.cFileName));
-        if (!FindNextFileW(search.Get(), &found)) {
-            break;
-        }
     }
     return packages;
 }
 
-std::vector<Text> Joined(std::vector<Text> first, const std::vector<Text>& second)
+Bytes Png(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize = 0)
 {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+    return standins::EncodeSolidPng(width, height, {GetRValue(colour), GetGValue(colour), GetBValue(colour)}, fileSize);
 }
 
-TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
+TEST(ModFiles, TheFormCreatesAModOfEitherTypeWithEachValueQuotedOnceAndTheListSelectsIt)
 {
     const struct {
         const char* label;
@@ -163,14 +163,15 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
         {"a translation saved where chosen, outside the BMP", 1, L"Lanterns 灯笼 \U0001F3EE", L"林 \U0001F600", true,
             {L"translations", L"create"}, L"Lanterns 灯笼 \U0001F3EE", L"林 \U0001F600"},
     };
+    Launcher launcher(L"create");
+    ASSERT_TRUE(launcher.Start());
+    const testing::ScratchDirectory elsewhere(L"create-target");
+    const Text target = elsewhere / L"Chosen Lanterns.umod";
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
-        Launcher launcher(L"create");
-        ASSERT_TRUE(launcher.Start());
         const auto before = PackagesIn(launcher.ModsFolder());
-        const testing::ScratchDirectory elsewhere(L"create-target");
-        const Text target = elsewhere / L"Chosen Lanterns.umod";
-
+        const std::size_t rows = launcher.Rows();
+        std::vector<Text> options{L"--name", entry.toolName, L"--author-name", entry.toolAuthor};
         ModForm form(launcher.Picker());
         ASSERT_TRUE(form.IsOpen());
         EXPECT_FALSE(IsWindowEnabled(launcher.Picker().Window())) << "the picker waits for its form";
@@ -180,49 +181,49 @@ TEST(ModFiles, TheFormCreatesAModOfEitherTypeAndTheListSelectsIt)
         if (entry.chooseTarget) {
             form.Press(kFormChooseTarget);
             ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kSaveModTitle.Now(), target));
-            ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.TextOf(kFormTarget) == target; }));
+            ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TextOf(kFormTarget) == target; }));
             testing::PressKey(form.Control(kFormName), VK_RETURN);
+            options.insert(options.end(), {L"--output-file", target});
         } else {
             form.Press(kFormCreate);
         }
         ASSERT_TRUE(form.WaitClosed());
-        ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)))
-            << TextToUtf8(launcher.Picker().TextOf(kStatusLine));
-
-        std::vector<Text> options{L"--name", entry.toolName, L"--author-name", entry.toolAuthor};
-        if (entry.chooseTarget) {
-            options.insert(options.end(), {L"--output-file", target});
-        }
-        EXPECT_EQ(launcher.LastModCommand(), Joined(launcher.CommandStart(entry.command), options));
+        ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(rows + 1))) << TextToUtf8(launcher.Status());
+        EXPECT_EQ(launcher.LastModCommand(), launcher.Expected(entry.command, options));
+        std::vector<Text> added;
         const auto after = PackagesIn(launcher.ModsFolder());
-        if (!entry.chooseTarget) {
-            std::vector<Text> added;
-            std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
-            ASSERT_EQ(added.size(), 1u) << "one new package in the library";
-            EXPECT_EQ(launcher.Report(L"selectedSource"), added.front());
-        } else {
-            EXPECT_EQ(after, before) << "nothing in the library folder";
-            EXPECT_TRUE(testing::FileExists(target));
-            EXPECT_EQ(launcher.Report(L"selectedSource"), target);
-        }
-        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Window()));
+        std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
+        ASSERT_EQ(added.size(), entry.chooseTarget ? 0u : 1u) << "a new package in the library unless saved elsewhere";
+        EXPECT_EQ(launcher.Report(L"selectedSource"), entry.chooseTarget ? target : added.front());
+        EXPECT_TRUE(testing::FileExists(launcher.Report(L"selectedSource")));
     }
 }
 
-TEST(ModFiles, CreateModWaitsForANameAndAnAuthorOfAtMostAHundredCharacters)
+TEST(ModFiles, TheFormWantsANameAndAnAuthorOfAtMostAHundredCharactersAndJudgesCoversByContent)
 {
-    Launcher launcher(L"form-complete");
+    Launcher launcher(L"form");
     ASSERT_TRUE(launcher.Start());
+    const Text status = launcher.Status();
+    for (const bool escape : {true, false}) {  // Escape in an edit, then the close box: nothing made
+        ModForm form(launcher.Picker());
+        ASSERT_TRUE(form.IsOpen());
+        form.Type(kFormName, L"Unwanted");
+        form.Type(kFormAuthor, L"Ann");
+        escape ? testing::PressKey(form.Control(kFormAuthor), VK_ESCAPE)
+               : (void)PostMessageW(form.Window(), WM_CLOSE, 0, 0);
+        ASSERT_TRUE(form.WaitClosed());
+        ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindowEnabled(launcher.Picker().Window()) != FALSE; }));
+        EXPECT_EQ(launcher.Status(), status);
+    }
+
     ModForm form(launcher.Picker());
     ASSERT_TRUE(form.IsOpen());
     EXPECT_FALSE(form.IsEnabled(kFormCreate));
     EXPECT_EQ(testing::FocusOf(form.Window()), form.Control(kFormName));
-
     form.Type(kFormName, L" \t ");
     form.Type(kFormAuthor, L"Ann");
     EXPECT_FALSE(form.IsEnabled(kFormCreate)) << "a name of blanks is no name";
     form.Key(VK_RETURN);  // on the name edit: Create Mod, which does nothing yet
-
     form.Type(kFormName, L"");
     ASSERT_TRUE(form.TypeKeys(kFormName, Text(101, L'n'))) << "the Return before these keys was taken too";
     EXPECT_TRUE(form.IsOpen());
@@ -234,105 +235,55 @@ TEST(ModFiles, CreateModWaitsForANameAndAnAuthorOfAtMostAHundredCharacters)
     ASSERT_TRUE(form.TypeKeys(kFormAuthor, Text(120, L'a')));
     EXPECT_EQ(form.TextOf(kFormAuthor), Text(100, L'a'));
     EXPECT_FALSE(form.IsEnabled(kFormCreate));
-    EXPECT_EQ(launcher.Install().ToolCalls().size(), 1u) << "only the first load ran the tool";
+    EXPECT_EQ(launcher.ToolRuns(), 1u) << "only the first load ran the tool";
 
-    // Values at the limit reach the tool whole.
-    ASSERT_TRUE(form.TypeKeys(kFormName, Text(100, L'n')));
-    form.Press(kFormCreate);
-    ASSERT_TRUE(form.WaitClosed());
-    ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
-    EXPECT_EQ(launcher.LastModCommand(),
-        Joined(launcher.CommandStart({L"create"}), {L"--name", Text(100, L'n'), L"--author-name", Text(100, L'a')}));
-}
+    // A cover taken off again from the keyboard: Return presses the button that has the focus.
+    const testing::ScratchDirectory files(L"covers");
+    testing::WriteFileBytes(files / L"taken-off.png", Png(32, 32, RGB(210, 30, 200)));
+    ASSERT_TRUE(form.ChooseCover(files / L"taken-off.png"));
+    ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TileCentre() == RGB(210, 30, 200); }));
+    ASSERT_TRUE(form.FocusOn(kFormRemoveCover));
+    form.Key(VK_RETURN);
+    EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return !form.IsEnabled(kFormRemoveCover) && form.HintPixels() > 0; }));
+    EXPECT_EQ(form.ErrorPixels(), 0u);
+    EXPECT_NE(form.TileCentre(), RGB(210, 30, 200));
+    EXPECT_EQ(form.TextOf(kFormChooseImage), kChooseImageButton.Now());
 
-TEST(ModFiles, EveryWayOutOfTheFormCreatesNothing)
-{
+    {
+        const GdiplusSession session;
+        testing::WriteImageFile(files / L"photo.png", 64, 48, testing::ImageFormat::Jpeg, 0xC80000);
+    }
+    constexpr std::size_t kTwoMiB = 2097152;
+    const COLORREF red = RGB(200, 0, 0);
+    // Each refusal follows an accepted cover, whose picture must stay.
     const struct {
         const char* label;
-        void (*leave)(const ModForm&);
-    } ways[] = {
-        {"Escape in an edit", [](const ModForm& form) { testing::PressKey(form.Control(kFormAuthor), VK_ESCAPE); }},
-        {"Return on Cancel",
-            [](const ModForm& form) {
-                ASSERT_TRUE(form.FocusOn(kFormCancel));
-                form.Key(VK_RETURN);
-            }},
-        {"the Cancel button", [](const ModForm& form) { form.Press(kFormCancel); }},
-        {"the close box", [](const ModForm& form) { PostMessageW(form.Window(), WM_CLOSE, 0, 0); }},
+        Bytes bytes;
+        COLORREF shown;  // what the tile shows of an accepted one; 0 for a refused one
+    } covers[] = {
+        {"2048 x 2048 of exactly 2 MiB", Png(2048, 2048, RGB(30, 200, 60), kTwoMiB), RGB(30, 200, 60)},
+        {"one byte over 2 MiB", Png(2048, 2048, red, kTwoMiB + 1), 0},
+        {"2049 pixels wide", Png(2049, 64, red), 0},
+        {"a small PNG", Png(64, 48, RGB(20, 90, 230)), RGB(20, 90, 230)},
+        {"a JPEG named .png", testing::ReadFileBytes(files / L"photo.png"), 0},
+        {"not an image", Bytes("This is no picture.\r\n"), 0},
     };
-    Launcher launcher(L"form-leave");
-    ASSERT_TRUE(launcher.Start());
-    const Text status = launcher.Picker().TextOf(kStatusLine);
-    for (const auto& way : ways) {
-        SCOPED_TRACE(way.label);
-        ModForm form(launcher.Picker());
-        ASSERT_TRUE(form.IsOpen());
-        form.Type(kFormName, L"Unwanted");
-        form.Type(kFormAuthor, L"Ann");
-        way.leave(form);
-        ASSERT_TRUE(form.WaitClosed());
-        ASSERT_TRUE(testing::WaitUntil(
-            launcher.Process(), [&] { return IsWindowEnabled(launcher.Picker().Window()) != FALSE; }));
-        EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
-        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kNewMod)));
-    }
-    EXPECT_EQ(launcher.Install().ToolCalls().size(), 1u) << "only the first load ran the tool";
-}
-
-struct CoverFile {
-    const char* label;
-    Bytes bytes;
-    bool accepted;
-    COLORREF colour;  // what the tile shows of an accepted one
-};
-
-TEST(ModFiles, ACoverIsJudgedByItsContentAndABadChoiceKeepsTheLastGoodOne)
-{
-    constexpr std::size_t kTwoMiB = 2097152;
-    const COLORREF blue = RGB(20, 90, 230);
-    const COLORREF green = RGB(30, 200, 60);
-    const COLORREF yellow = RGB(230, 210, 20);
-    const COLORREF magenta = RGB(210, 30, 200);
-    const COLORREF cyan = RGB(20, 220, 220);
-    // Each refusal follows an accepted cover, whose picture must stay.
-    const CoverFile covers[] = {
-        {"a small PNG", testing::SolidPng(64, 48, blue), true, blue},
-        {"a JPEG named .png", testing::SolidJpeg(64, 48, RGB(200, 0, 0)), false, 0},
-        {"2048 x 2048 of exactly 2 MiB", testing::SolidPng(2048, 2048, green, kTwoMiB), true, green},
-        {"one byte over 2 MiB", testing::SolidPng(2048, 2048, RGB(200, 0, 0), kTwoMiB + 1), false, 0},
-        {"2048 x 1536", testing::SolidPng(2048, 1536, yellow), true, yellow},
-        {"2049 pixels wide", testing::SolidPng(2049, 64, RGB(200, 0, 0)), false, 0},
-        {"32 x 32", testing::SolidPng(32, 32, magenta), true, magenta},
-        {"2049 pixels high", testing::SolidPng(64, 2049, RGB(200, 0, 0)), false, 0},
-        {"not an image", Bytes("This is no picture.\r\n"), false, 0},
-    };
-    Launcher launcher(L"covers");
-    ASSERT_TRUE(launcher.Start());
-    const testing::ScratchDirectory files(L"covers-files");
-    ModForm form(launcher.Picker());
-    ASSERT_TRUE(form.IsOpen());
-    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.HintPixels() > 0; }));
-    EXPECT_EQ(form.ErrorPixels(), 0u);
-    EXPECT_EQ(form.TextOf(kFormChooseImage), kChooseImageButton.Now());
-    EXPECT_FALSE(form.IsEnabled(kFormRemoveCover));
-
     COLORREF shown = 0;
-    int index = 0;
-    for (const CoverFile& cover : covers) {
+    Text good;
+    unsigned index = 0;
+    for (const auto& cover : covers) {
         SCOPED_TRACE(cover.label);
-        ASSERT_FALSE(cover.bytes.empty());
-        const Text path = files / (L"cover" + DecimalText(static_cast<unsigned>(index++)) + L".png");
+        const Text path = files / (L"cover" + DecimalText(index++) + L".png");
         testing::WriteFileBytes(path, cover.bytes);
         ASSERT_TRUE(form.ChooseCover(path));
-        if (cover.accepted) {
-            EXPECT_TRUE(testing::WaitUntil(launcher.Process(),
-                [&] { return form.TileCentre() == cover.colour && form.HintPixels() > 0; }))
+        if (cover.shown != 0) {
+            EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TileCentre() == cover.shown && form.HintPixels() > 0; }))
                 << "the tile shows the cover, and the hint is back";
             EXPECT_EQ(form.ErrorPixels(), 0u);
-            shown = cover.colour;
+            shown = cover.shown;
+            good = path;
         } else {
-            EXPECT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.ErrorPixels() > 0; }))
-                << "the error replaces the hint";
+            EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return form.ErrorPixels() > 0; })) << "the error replaces the hint";
             EXPECT_EQ(form.HintPixels(), 0u);
             EXPECT_EQ(form.TileCentre(), shown) << "the last good cover stays";
         }
@@ -340,312 +291,172 @@ TEST(ModFiles, ACoverIsJudgedByItsContentAndABadChoiceKeepsTheLastGoodOne)
         EXPECT_TRUE(form.IsEnabled(kFormRemoveCover));
     }
 
-    // Remove, from the keyboard: Return presses the button that has the focus.
-    ASSERT_TRUE(form.FocusOn(kFormRemoveCover));
-    form.Key(VK_RETURN);
-    EXPECT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return !form.IsEnabled(kFormRemoveCover); }));
-    EXPECT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.HintPixels() > 0; }));
-    EXPECT_EQ(form.ErrorPixels(), 0u);
-    EXPECT_NE(form.TileCentre(), shown);
-    EXPECT_EQ(form.TextOf(kFormChooseImage), kChooseImageButton.Now());
-
-    // A good cover, a bad one after it: the good one goes to the tool.
-    const Text good = files / L"final.png";
-    testing::WriteFileBytes(good, testing::SolidPng(120, 90, cyan));
-    ASSERT_TRUE(form.ChooseCover(good));
-    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.TileCentre() == cyan; }));
-    ASSERT_TRUE(form.ChooseCover(files / L"cover1.png"));
-    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.ErrorPixels() > 0; }));
-    form.Type(kFormName, L"Covered");
-    form.Type(kFormAuthor, L"Ann");
+    // The last good cover, and values at the limit, reach the tool whole.
+    ASSERT_TRUE(form.TypeKeys(kFormName, Text(100, L'n')));
     form.Press(kFormCreate);
     ASSERT_TRUE(form.WaitClosed());
     ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
-    EXPECT_EQ(launcher.LastModCommand(),
-        Joined(launcher.CommandStart({L"create"}),
-            {L"--cover", good, L"--name", L"Covered", L"--author-name", L"Ann"}));
+    EXPECT_EQ(launcher.LastModCommand(), launcher.Expected({L"create"},
+        {L"--cover", good, L"--name", Text(100, L'n'), L"--author-name", Text(100, L'a')}));
 }
 
-// A preview document that lists the given packages, for the stand-in tool to answer instead of
-// its own catalogue.
-Text ListingScenario(const SampleInstall& install, const std::vector<Text>& packages)
+TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemove)
 {
-    Text mods;
-    int number = 0;
-    for (const Text& package : packages) {
-        const Text digits = DecimalText(static_cast<unsigned>(++number));
-        mods += (mods.empty() ? L"" : L",") + Text(L"{\"id\":\"mod.") + Text(32 - digits.size(), L'0') + digits +
-            L"\",\"name\":\"Listed " + digits + L"\",\"modProject\":" + QuoteJsonText(package) + L"}";
-    }
-    const Text preview = L"{\"schemaVersion\":1,\"sdkFile\":" + QuoteJsonText(install.SdkPath()) +
-        L",\"gameId\":\"skyhaven\",\"gameInfo\":{\"displayName\":\"Skyhaven\"},\"engineVersion\":\"5.6.0\"," +
-        L"\"requiresEditorBuildBinding\":false,\"gameRoot\":" + QuoteJsonText(install.GameDirectory()) +
-        L",\"mods\":[" + mods + L"]}";
-    return L"{\"sdk-preview\":{\"stdout\":" + QuoteJsonText(preview) + L"}}";
-}
-
-// Selects a row by a click and gives the package the row stands for: the install's Mods are
-// listed in their order. (The report is not written on a click, so it cannot tell.)
-Text SelectRow(Launcher& launcher, int row)
-{
-    const HWND list = launcher.Picker().Control(kModList);
-    launcher.Picker().ClickRow(row);
-    const bool selected = testing::WaitUntil(launcher.Process(), [&] {
-        return SendMessageW(list, LB_GETCURSEL, 0, 0) == row && IsWindowEnabled(launcher.Picker().Control(kDeleteMod));
-    });
-    return selected ? launcher.Install().ModPackage(static_cast<std::size_t>(row)) : Text();
-}
-
-TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndUnderWineTheShellLeavesTheFile)
-{
-    Launcher launcher(L"delete-ask");
+    Launcher launcher(L"delete");
     ASSERT_TRUE(launcher.Start());
-    const Text package = SelectRow(launcher, 1);
+    const Text package = launcher.Select(1);
     ASSERT_FALSE(package.empty());
-    const Text status = launcher.Picker().TextOf(kStatusLine);
-    Text name;
-    for (std::size_t index = 0; index < launcher.Install().ModCount(); ++index) {
-        if (launcher.Install().ModPackage(index) == package) {
-            name = launcher.Install().ModName(index);
-        }
-    }
-    const std::size_t toolRuns = launcher.Install().ToolCalls().size();
+    const Text status = launcher.Status();
+    const std::size_t toolRuns = launcher.ToolRuns();
 
     // Return on the question: No is the default, and nothing happens.
     launcher.Picker().Click(kDeleteMod);
-    auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+    const auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
     ASSERT_TRUE(box);
     EXPECT_EQ(box->title, kRemoveCaption.Now());
-    EXPECT_EQ(box->text, kRemoveQuestionStart.Now() + name + L"\n" + package + kRemoveQuestionEnd.Now());
+    EXPECT_EQ(box->text,
+        kRemoveQuestionStart.Now() + launcher.Install().ModName(1) + L"\n" + package + kRemoveQuestionEnd.Now());
     EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDNO), GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
-    EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDYES), GWL_STYLE) & BS_TYPEMASK, BS_PUSHBUTTON);
-    HWND icon = nullptr;
-    EnumChildWindows(
-        box->window,
-        [](HWND child, LPARAM found) -> BOOL {
-            if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
-                *reinterpret_cast<HWND*>(found) = child;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&icon));
-    ASSERT_NE(icon, nullptr);
-    EXPECT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return testing::IconLikeness(icon, IDI_WARNING) == 1.0; }))
+    const HWND icon = FindWindowExW(box->window, nullptr, L"Static", nullptr);
+    ASSERT_EQ(GetWindowLongW(icon, GWL_STYLE) & SS_TYPEMASK, SS_ICON);
+    EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return testing::IconLikeness(icon, IDI_WARNING) == 1.0; }))
         << testing::IconLikeness(icon, IDI_WARNING);
     EXPECT_LT(testing::IconLikeness(icon, IDI_ERROR), 1.0);
     testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
-    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
-    launcher.Settle();
-    EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
-    EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
+    ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
+    ASSERT_TRUE(launcher.Settle());
+    EXPECT_EQ(launcher.Status(), status);
     EXPECT_TRUE(testing::FileExists(package));
 
-    // Yes: Wine's shell has no file operation to recycle with, so the file must stay where it was.
-    launcher.Picker().Click(kDeleteMod);
-    box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
-    ASSERT_TRUE(box);
-    testing::PressMessageBoxButton(box->window, IDYES);
-    ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
-    Text caption;
-    EXPECT_EQ(launcher.AnswerBox(&caption), kRemoveFailedMessage.Now());
-    EXPECT_EQ(caption, kOperationFailedCaption.Now());
-    EXPECT_TRUE(launcher.WaitForStatus(kRemoveFailedMessage.Now()));
-    EXPECT_TRUE(testing::FileExists(package));
-    EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
-    EXPECT_EQ(launcher.Report(L"selectedSource"), package);
-    EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns) << "the list was not read again";
-}
-
-TEST(ModFiles, DeleteModRefusesWhatIsNoLongerAPlainPackage)
-{
-    const testing::ScratchDirectory elsewhere(L"delete-refused");
-    const Text capitalised = elsewhere / L"Capitalised.UMOD";
+    // Yes: the question comes whatever the file has become. Wine's shell has no file operation to
+    // recycle with, so a plain package stays where it was.
     const struct {
         const char* label;
-        std::vector<Text> listed;  // empty: the install's own catalogue
         void (*change)(const Text& package);
         const LocalizedText& message;
     } cases[] = {
-        {"the package went after the list was read", {}, [](const Text& package) { DeleteFileW(package.c_str()); },
+        {"the package as listed", [](const Text&) {}, kRemoveFailedMessage},
+        {"the package went after the list was read", [](const Text& file) { DeleteFileW(file.c_str()); },
             kRemoveRefusedMessage},
-        {"a folder took the package's name", {},
-            [](const Text& package) {
-                DeleteFileW(package.c_str());
-                CreateDirectoryW(package.c_str(), nullptr);
-            },
+        {"a folder took the package's name", [](const Text& file) { CreateDirectoryW(file.c_str(), nullptr); },
             kRemoveRefusedMessage},
-        // The catalogue keeps only ".umod" paths; one that stops being one when normalised is the
-        // way a listed path without that ending reaches the removal.
-        {"a listed path that is no .umod file once normalised",
-            {elsewhere.Path() + Text(1, L'\0') + L"\\Hidden.umod"}, [](const Text&) {}, kRemoveRefusedMessage},
-        {"a capitalised extension is a package, and goes to the shell", {capitalised}, [](const Text&) {},
-            kRemoveFailedMessage},
     };
-    testing::WriteFileText(capitalised, L"{}");
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
-        Launcher launcher(L"delete-refused");
-        ASSERT_TRUE(entry.listed.empty() ? launcher.Start()
-                                         : launcher.Start(ListingScenario(launcher.Install(), entry.listed), 1));
-        const Text package = entry.listed.empty() ? SelectRow(launcher, 0) : launcher.Report(L"selectedSource");
-        ASSERT_FALSE(package.empty());
         entry.change(package);
         const DWORD attributes = GetFileAttributesW(package.c_str());
-        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
-
         launcher.Picker().Click(kDeleteMod);
-        const auto question = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
-        ASSERT_TRUE(question) << "the question comes whatever the file has become";
-        testing::PressMessageBoxButton(question->window, IDYES);
-        ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return IsWindow(question->window) == FALSE; }));
-        EXPECT_EQ(launcher.AnswerBox(), entry.message.Now());
+        EXPECT_EQ(launcher.AnswerBox(IDYES).title, kRemoveCaption.Now());
+        const auto told = launcher.AnswerBox();
+        EXPECT_EQ(told.text, entry.message.Now());
+        EXPECT_EQ(told.title, kOperationFailedCaption.Now());
         EXPECT_TRUE(launcher.WaitForStatus(entry.message.Now()));
         EXPECT_EQ(GetFileAttributesW(package.c_str()), attributes) << "left as it was";
         EXPECT_EQ(launcher.Report(L"selectedSource"), package);
-        EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns) << "the list was not read again";
-        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteMod)));
+        EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
     }
+    EXPECT_EQ(launcher.ToolRuns(), toolRuns) << "the list was never read again";
+    EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteMod)));
 }
 
-TEST(ModFiles, ImportAddsAPackageAndARefusalLeavesTheList)
+TEST(ModFiles, ImportSelectsTheNewPackageAndARefusalOrACancelledChooserLeavesTheList)
 {
+    Launcher launcher(L"import");
+    ASSERT_TRUE(launcher.Start());
+    const Text selected = launcher.Select(1);
+    ASSERT_FALSE(selected.empty());
+    const testing::ScratchDirectory elsewhere(L"import-source");
+    const Text source = elsewhere / L"Imported Isles.umod";
+    testing::WriteFileText(source,
+        LR"({"format":"KorvaneModSource","id":"mod.0123456789abcdef0123456789abcdef","name":"Imported Isles",)"
+        LR"("authorName":"Ann","version":"1.0.0","supportedGameVersions":["1.4"],"kind":"standard"})");
+    const Text imported = JoinPath(launcher.ModsFolder(), L"Imported Isles.umod");
     const struct {
         const char* label;
         const wchar_t* scenario;
-        bool choose;       // false: the chooser is cancelled
-        const wchar_t* toolWords;  // the refusal the box and status show; null for success
+        Text chosen;  // empty: the chooser is cancelled
+        Text status;  // the tool's words, shown in a box too, when it refuses
+        Text selected;
     } cases[] = {
-        {"a new package", L"", true, nullptr},
+        {"a cancelled chooser", L"", {}, launcher.Status(), selected},
         {"a package the tool refuses", LR"({"import-source":{"exitCode":1,"stderr":"KorvaneTool: the package is damaged"}})",
-            true, L"KorvaneTool: the package is damaged"},
-        {"a cancelled chooser", L"", false, nullptr},
+            source, L"KorvaneTool: the package is damaged", selected},
+        {"a new package", L"", source, ModCountStatus(launcher.Install().ModCount() + 1), imported},
     };
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
-        Launcher launcher(L"import");
-        ASSERT_TRUE(launcher.Start(entry.scenario));
-        const Text selected = SelectRow(launcher, 1);
-        ASSERT_FALSE(selected.empty());
-        const Text status = launcher.Picker().TextOf(kStatusLine);
-        const auto before = PackagesIn(launcher.ModsFolder());
-        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
-        const testing::ScratchDirectory elsewhere(L"import-source");
-        const Text source = elsewhere / L"Imported Isles.umod";
-        testing::WriteFileText(source,
-            LR"({"format":"KorvaneModSource","id":"mod.0123456789abcdef0123456789abcdef","name":"Imported Isles",)"
-            LR"("authorName":"Ann","version":"1.0.0","supportedGameVersions":["1.4"],"kind":"standard"})");
-
+        launcher.Install().SetToolScenario(entry.scenario);
+        const std::size_t packages = PackagesIn(launcher.ModsFolder()).size();
+        const std::size_t toolRuns = launcher.ToolRuns();
         launcher.Picker().Click(kImportMod);
-        ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.choose ? source : Text()));
-        if (!entry.choose) {
-            launcher.Settle();
-            EXPECT_EQ(launcher.Picker().TextOf(kStatusLine), status);
-            EXPECT_EQ(launcher.Install().ToolCalls().size(), toolRuns);
+        ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.chosen));
+        if (!entry.chosen.empty() && entry.selected == selected) {
+            const auto box = launcher.AnswerBox();
+            EXPECT_EQ(box.text, entry.status);
+            EXPECT_EQ(box.title, kOperationFailedCaption.Now());
+        }
+        EXPECT_TRUE(launcher.WaitForStatus(entry.status)) << TextToUtf8(launcher.Status());
+        EXPECT_EQ(PackagesIn(launcher.ModsFolder()).size(), packages + (entry.selected == imported ? 1 : 0));
+        if (entry.chosen.empty()) {
+            EXPECT_EQ(launcher.ToolRuns(), toolRuns);
             EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
-            continue;
-        }
-        if (entry.toolWords != nullptr) {
-            Text caption;
-            EXPECT_EQ(launcher.AnswerBox(&caption), entry.toolWords);
-            EXPECT_EQ(caption, kOperationFailedCaption.Now());
-            EXPECT_TRUE(launcher.WaitForStatus(entry.toolWords));
-            EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
-            EXPECT_EQ(launcher.Report(L"selectedSource"), selected);
-            EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before);
         } else {
-            ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(launcher.Install().ModCount() + 1)));
-            const Text imported = JoinPath(launcher.ModsFolder(), L"Imported Isles.umod");
-            EXPECT_TRUE(testing::FileExists(imported));
-            EXPECT_EQ(launcher.Report(L"selectedSource"), imported);
+            EXPECT_EQ(launcher.Report(L"selectedSource"), entry.selected);
+            EXPECT_EQ(launcher.LastModCommand(), launcher.Expected({L"import-source"}, {L"--mod-file", source}));
         }
-        EXPECT_EQ(launcher.LastModCommand(),
-            Joined(launcher.CommandStart({L"import-source"}), {L"--mod-file", source}));
-        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kImportMod)));
     }
 }
 
-// What a failed or cancelled command leaves: the list, no package, a picker that works.
-TEST(ModFiles, AFailedOrCancelledCommandLeavesNoPackageAndAUsablePicker)
+TEST(ModFiles, ARefusedFailedOrCancelledCreateLeavesNoPackageAndAUsablePicker)
 {
+    Launcher launcher(L"bad-input");
+    ASSERT_TRUE(launcher.Start());
+    const Text selected = launcher.Select(1);
+    ASSERT_FALSE(selected.empty());
+    const auto before = PackagesIn(launcher.ModsFolder());
     const testing::ScratchDirectory files(L"bad-input");
     const Text existing = files / L"Existing.umod";
-    const Text noExtension = files / L"Lanterns";
-    const Text belowAFile = existing + L"\\Inside\\Lanterns.umod";
-    const Text vanishing = files / L"vanishing.png";
     testing::WriteFileText(existing, L"kept");
     const struct {
         const char* label;
         const wchar_t* scenario;
-        bool import;
-        const Text* target;  // typed into the save location
-        bool vanishingCover;
-        bool cancel;          // Cancel pressed while the tool runs
-        Text expected;        // the status; a box shows it too unless cancelled
-        Text named;           // what the tool's words must name, when they are its own
+        Text target;  // typed into the save location
+        bool cancel;  // Cancel pressed while the tool runs
+        Text words;   // the status, all of the tool's words or what the launcher's own must name
     } cases[] = {
-        {"a target that exists", L"", false, &existing, false, false, {}, existing},
-        {"a target without an extension", L"", false, &noExtension, false, false, {}, noExtension},
-        {"a target whose folder cannot be made", L"", false, &belowAFile, false, false, {}, belowAFile},
-        {"a cover that went after it was chosen", L"", false, nullptr, true, false, {}, vanishing},
-        {"a tool that fails", LR"({"create":{"exitCode":3,"stderr":"KorvaneTool: disk full"}})", false, nullptr,
-            false, false, L"KorvaneTool: disk full", {}},
-        {"a create cancelled while the tool hangs", LR"({"create":{"hang":true}})", false, nullptr, false, true,
-            kToolCancelledMessage.Now(), {}},
-        {"an import cancelled while the tool hangs", LR"({"import-source":{"hang":true}})", true, nullptr, false, true,
-            kToolCancelledMessage.Now(), {}},
+        {"a target that exists", L"", existing, false, existing},
+        {"a tool that fails", LR"({"create":{"exitCode":3,"stderr":"KorvaneTool: disk full"}})", {}, false,
+            L"KorvaneTool: disk full"},
+        {"a create cancelled while the tool hangs", LR"({"create":{"hang":true}})", {}, true, kToolCancelledMessage.Now()},
     };
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
-        Launcher launcher(L"bad-input");
-        ASSERT_TRUE(launcher.Start(entry.scenario));
-        const Text selected = SelectRow(launcher, 1);
-        ASSERT_FALSE(selected.empty());
-        const auto before = PackagesIn(launcher.ModsFolder());
-        const std::size_t toolRuns = launcher.Install().ToolCalls().size();
-
-        if (entry.import) {
-            launcher.Picker().Click(kImportMod);
-            ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), launcher.Install().ModPackage(0)));
-        } else {
-            ModForm form(launcher.Picker());
-            ASSERT_TRUE(form.IsOpen());
-            form.Type(kFormName, L"Lanterns");
-            form.Type(kFormAuthor, L"Ann");
-            if (entry.target != nullptr) {
-                form.Type(kFormTarget, *entry.target);
-            }
-            if (entry.vanishingCover) {
-                testing::WriteFileBytes(vanishing, testing::SolidPng(16, 16, RGB(1, 2, 3)));
-                ASSERT_TRUE(form.ChooseCover(vanishing));
-                ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return form.IsEnabled(kFormRemoveCover); }));
-                ASSERT_TRUE(DeleteFileW(vanishing.c_str()));
-            }
-            form.Press(kFormCreate);
-            ASSERT_TRUE(form.WaitClosed());
+        launcher.Install().SetToolScenario(entry.scenario);
+        const std::size_t toolRuns = launcher.ToolRuns();
+        ModForm form(launcher.Picker());
+        ASSERT_TRUE(form.IsOpen());
+        form.Type(kFormName, L"Lanterns");
+        form.Type(kFormAuthor, L"Ann");
+        if (!entry.target.empty()) {
+            form.Type(kFormTarget, entry.target);
         }
+        form.Press(kFormCreate);
+        ASSERT_TRUE(form.WaitClosed());
         if (entry.cancel) {
-            ASSERT_TRUE(testing::WaitUntil(launcher.Process(), [&] { return launcher.Install().ToolCalls().size() == toolRuns + 1; }));
+            ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return launcher.ToolRuns() == toolRuns + 1; }));
             EXPECT_EQ(launcher.Picker().TextOf(kClose), kCancelButton.Now());
             launcher.Picker().Click(kClose);
-            EXPECT_TRUE(launcher.WaitForStatus(entry.expected));
-            // The report is written once the task's end is dealt with, after any box: no box stood.
-            EXPECT_EQ(launcher.Report(L"status"), entry.expected);
+            EXPECT_TRUE(launcher.WaitForStatus(entry.words));
         } else {
-            Text caption;
-            const Text words = launcher.AnswerBox(&caption);
-            EXPECT_EQ(caption, kOperationFailedCaption.Now());
-            if (entry.expected.empty()) {
-                EXPECT_NE(words.find(entry.named), Text::npos) << TextToUtf8(words);
-            } else {
-                EXPECT_EQ(words, entry.expected);
-            }
-            EXPECT_TRUE(launcher.WaitForStatus(words));
+            const auto box = launcher.AnswerBox();
+            EXPECT_EQ(box.title, kOperationFailedCaption.Now());
+            EXPECT_TRUE(entry.target.empty() ? box.text == entry.words : box.text.find(entry.words) != Text::npos)
+                << TextToUtf8(box.text);
+            EXPECT_TRUE(launcher.WaitForStatus(box.text));
         }
+        // The report is written once the task's end is dealt with, after any box.
+        EXPECT_EQ(launcher.Report(L"status"), launcher.Status());
         EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before) << "no package in the library";
-        if (entry.target != nullptr && entry.target != &existing) {
-            EXPECT_FALSE(testing::FileExists(*entry.target));
-        }
         EXPECT_EQ(testing::ReadFileBytes(existing), "kept");
         EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
         EXPECT_EQ(launcher.Report(L"selectedSource"), selected);

@@ -1,13 +1,7 @@
 #include "ModFormDriver.h"
 
-#include "ImageFiles.h"
-#include "common/Png.h"
-
-#include "foundation/GdiplusSession.h"
-#include "foundation/Paths.h"
-
-
 #include <algorithm>
+#include <functional>
 
 namespace korvane::testing {
 namespace {
@@ -16,21 +10,35 @@ constexpr int kNewModId = 1010;
 constexpr int kFileNameEditId = 1152;  // the file-name box of the shell's choosers
 constexpr int kFormChooseImageId = 2203;
 constexpr int kFormTypeComboId = 2300;
-constexpr COLORREF kCoverErrorColour = RGB(244, 137, 129);
-constexpr COLORREF kCoverHintColour = RGB(148, 177, 193);
+
+// What `paint` leaves on a 32-bit bitmap of `width` by `height`, row by row from the top.
+std::vector<COLORREF> Painted(int width, int height, const std::function<void(HDC)>& paint)
+{
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HDC dc = CreateCompatibleDC(nullptr);
+    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ old = SelectObject(dc, bitmap);
+    paint(dc);
+    GdiFlush();
+    std::vector<COLORREF> pixels;
+    for (int index = 0; bits != nullptr && index < width * height; ++index) {
+        const RGBQUAD& bit = static_cast<const RGBQUAD*>(bits)[index];
+        pixels.push_back(RGB(bit.rgbRed, bit.rgbGreen, bit.rgbBlue));
+    }
+    SelectObject(dc, old);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+    return pixels;
+}
 
 }  // namespace
 
-HWND WaitForDialog(const ChildProcess& process, TextView title, DWORD timeoutMs)
-{
-    HWND dialog = nullptr;
-    WaitUntil(process, [&] { return (dialog = FindProcessWindow(process.Id(), L"#32770", title)) != nullptr; }, timeoutMs);
-    return dialog;
-}
-
 bool AnswerFileChooser(const ChildProcess& process, TextView title, TextView path)
 {
-    const HWND chooser = WaitForDialog(process, title);
+    HWND chooser = nullptr;
+    WaitUntil(process, [&] { return (chooser = FindProcessWindow(process.Id(), L"#32770", title)) != nullptr; }, 30000);
     if (chooser == nullptr) {
         return false;
     }
@@ -58,60 +66,13 @@ HWND FocusOf(HWND window)
     return GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
 }
 
-namespace {
-
-struct Canvas {
-    HDC dc = nullptr;
-    HBITMAP bitmap = nullptr;
-    HGDIOBJ old = nullptr;
-    const RGBQUAD* bits = nullptr;
-    int width = 0;
-    int height = 0;
-
-    Canvas(int w, int h) : width(w), height(h)
-    {
-        BITMAPINFO info{};
-        info.bmiHeader.biSize = sizeof(info.bmiHeader);
-        info.bmiHeader.biWidth = w;
-        info.bmiHeader.biHeight = -h;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        info.bmiHeader.biCompression = BI_RGB;
-        dc = CreateCompatibleDC(nullptr);
-        void* memory = nullptr;
-        bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &memory, nullptr, 0);
-        bits = static_cast<const RGBQUAD*>(memory);
-        old = SelectObject(dc, bitmap);
-    }
-    ~Canvas()
-    {
-        SelectObject(dc, old);
-        DeleteObject(bitmap);
-        DeleteDC(dc);
-    }
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
-
-    std::vector<COLORREF> Pixels() const
-    {
-        GdiFlush();
-        std::vector<COLORREF> pixels;
-        for (int index = 0; bits != nullptr && index < width * height; ++index) {
-            pixels.push_back(RGB(bits[index].rgbRed, bits[index].rgbGreen, bits[index].rgbBlue));
-        }
-        return pixels;
-    }
-};
-
-}  // namespace
-
 std::vector<COLORREF> ScreenPixels(RECT area)
 {
-    const Canvas canvas(area.right - area.left, area.bottom - area.top);
-    const HDC screen = GetDC(nullptr);
-    BitBlt(canvas.dc, 0, 0, canvas.width, canvas.height, screen, area.left, area.top, SRCCOPY);
-    ReleaseDC(nullptr, screen);
-    return canvas.Pixels();
+    return Painted(area.right - area.left, area.bottom - area.top, [&](HDC dc) {
+        const HDC screen = GetDC(nullptr);
+        BitBlt(dc, 0, 0, area.right - area.left, area.bottom - area.top, screen, area.left, area.top, SRCCOPY);
+        ReleaseDC(nullptr, screen);
+    });
 }
 
 double IconLikeness(HWND control, const wchar_t* icon)
@@ -122,16 +83,18 @@ double IconLikeness(HWND control, const wchar_t* icon)
     if (shown.empty()) {
         return 0.0;
     }
-    const Canvas drawn(area.right - area.left, area.bottom - area.top);
-    const HBRUSH background = CreateSolidBrush(shown.front());  // a corner, outside the icon's shape
-    const RECT whole{0, 0, drawn.width, drawn.height};
-    FillRect(drawn.dc, &whole, background);
-    DeleteObject(background);
-    DrawIconEx(drawn.dc, 0, 0, LoadIconW(nullptr, icon), drawn.width, drawn.height, 0, nullptr, DI_NORMAL);
-    const std::vector<COLORREF> expected = drawn.Pixels();
+    const int width = area.right - area.left;
+    const int height = area.bottom - area.top;
+    const std::vector<COLORREF> drawn = Painted(width, height, [&](HDC dc) {
+        const HBRUSH background = CreateSolidBrush(shown.front());  // a corner, outside the icon's shape
+        const RECT whole{0, 0, width, height};
+        FillRect(dc, &whole, background);
+        DeleteObject(background);
+        DrawIconEx(dc, 0, 0, LoadIconW(nullptr, icon), width, height, 0, nullptr, DI_NORMAL);
+    });
     std::size_t same = 0;
-    for (std::size_t index = 0; index < shown.size() && index < expected.size(); ++index) {
-        same += shown[index] == expected[index] ? 1 : 0;
+    for (std::size_t index = 0; index < shown.size() && index < drawn.size(); ++index) {
+        same += shown[index] == drawn[index] ? 1 : 0;
     }
     return static_cast<double>(same) / static_cast<double>(shown.size());
 }
@@ -170,25 +133,14 @@ bool ModForm::TypeKeys(int id, TextView text) const
     });
 }
 
-void ModForm::Press(int id) const
-{
-    PostMessageW(Control(id), BM_CLICK, 0, 0);
-}
-
-void ModForm::Key(WPARAM key) const
-{
-    PressKey(FocusOf(form_), key);
-}
-
 bool ModForm::FocusOn(int id) const
 {
-    const HWND target = Control(id);
-    for (int step = 0; step < 12 && FocusOf(form_) != target; ++step) {
+    for (int step = 0; step < 12 && FocusOf(form_) != Control(id); ++step) {
         const HWND before = FocusOf(form_);
         PressKey(before, VK_TAB);
         WaitUntil(picker_.Process(), [&] { return FocusOf(form_) != before; }, 5000);
     }
-    return FocusOf(form_) == target;
+    return FocusOf(form_) == Control(id);
 }
 
 bool ModForm::ChooseType(int row) const
@@ -205,14 +157,11 @@ bool ModForm::ChooseType(int row) const
 
 bool ModForm::ChooseCover(TextView path) const
 {
-    const Text before = TextOf(kFormChooseImageId);
     Press(kFormChooseImageId);
-    if (!AnswerFileChooser(picker_.Process(), L"Choose a PNG cover", path)) {
-        return false;
-    }
     // The chooser returns inside the command; a message sent now is taken once the command is done.
     DWORD_PTR ignored = 0;
-    return SendMessageTimeoutW(form_, WM_NULL, 0, 0, SMTO_BLOCK, 30000, &ignored) != 0;
+    return AnswerFileChooser(picker_.Process(), L"Choose a PNG cover", path) &&
+           SendMessageTimeoutW(form_, WM_NULL, 0, 0, SMTO_BLOCK, 30000, &ignored) != 0;
 }
 
 bool ModForm::WaitClosed() const
@@ -231,38 +180,16 @@ std::vector<COLORREF> ModForm::Pixels(int x, int y, int width, int height) const
         RECT{origin.x, origin.y, origin.x + MulDiv(width, dpi, 96), origin.y + MulDiv(height, dpi, 96)});
 }
 
-std::size_t ModForm::ErrorPixels() const
+std::size_t ModForm::HintPlacePixels(COLORREF colour) const
 {
     const auto pixels = Pixels(456, 370, 232, 40);
-    return static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), kCoverErrorColour));
-}
-
-std::size_t ModForm::HintPixels() const
-{
-    const auto pixels = Pixels(456, 370, 232, 40);
-    return static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), kCoverHintColour));
+    return static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), colour));
 }
 
 COLORREF ModForm::TileCentre() const
 {
     const auto pixels = Pixels(456 + 116, 108 + 102, 1, 1);
     return pixels.empty() ? CLR_INVALID : pixels.front();
-}
-
-Bytes SolidPng(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize)
-{
-    return standins::EncodeSolidPng(width, height,
-        {GetRValue(colour), GetGValue(colour), GetBValue(colour)}, fileSize);
-}
-
-Bytes SolidJpeg(std::uint32_t width, std::uint32_t height, COLORREF colour)
-{
-    const GdiplusSession session;
-    const ScratchDirectory folder(L"jpeg");
-    const Text path = folder / L"image.jpg";
-    WriteImageFile(path, width, height, ImageFormat::Jpeg,
-        static_cast<std::uint32_t>(GetRValue(colour)) << 16 | GetGValue(colour) << 8 | GetBValue(colour));
-    return ReadFileBytes(path);
 }
 
 }  // namespace korvane::testing

@@ -1,25 +1,18 @@
 #pragma once
-// The Create Mod form, the shell's file choosers and the boxes of a real launcher, reached from
-// outside as PickerDriver.h reaches its picker: by window class, caption and control ids, by
-// messages and keystrokes, and by the pixels the form puts on the screen. Also the image files
-// that a test offers as covers, written byte by byte so that their size is exact.
+// The Create Mod form, the shell's file choosers and the launcher's boxes, reached from outside as
+// PickerDriver.h reaches the picker: by window class, caption and control ids, by messages and
+// keystrokes, and by the pixels the form puts on the screen.
 
 #include "PickerDriver.h"
 
-#include "foundation/Text.h"
-
 #include <windows.h>
 
-#include <cstdint>
 #include <vector>
 
 namespace korvane::testing {
 
-// The visible dialog box (#32770) of the process with caption `title`; null when none came.
-HWND WaitForDialog(const ChildProcess& process, TextView title, DWORD timeoutMs = 30000);
-
-// Answers the file chooser captioned `title` as a user does: types `path` into its file-name box
-// and presses Return, or presses Cancel when `path` is empty. True when the chooser came and went.
+// Answers the chooser captioned `title` as a user does: types `path` into its file-name box and
+// presses Return, or presses Cancel when `path` is empty. True when the chooser came and went.
 bool AnswerFileChooser(const ChildProcess& process, TextView title, TextView path);
 
 // A key pressed and released, posted to `window` as the keyboard would deliver it.
@@ -47,39 +40,33 @@ public:
     bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
     // Sets an edit's text; the edit reports the change to the form as typing would.
     void Type(int id, TextView text) const;
-    // Types into an edit one character message per code unit, as the keyboard does, and waits
-    // until the edit has taken them all.
+    // Types one character message per code unit, as the keyboard does, and waits until the edit
+    // has taken them all.
     bool TypeKeys(int id, TextView text) const;
-    void Press(int id) const;
+    void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
     // A key pressed on the control that has the focus.
-    void Key(WPARAM key) const;
+    void Key(WPARAM key) const { PressKey(FocusOf(form_), key); }
     // Moves the focus with Tab until control `id` has it.
     bool FocusOn(int id) const;
     // Picks a row of the type combo with the arrow keys.
     bool ChooseType(int row) const;
-    // Chooses a cover through the form's chooser; true when the chooser came and went and the
-    // form has dealt with the answer.
+    // Chooses a cover through the form's chooser; true once the form has dealt with the answer.
     bool ChooseCover(TextView path) const;
     bool WaitClosed() const;
 
-    // The screen's pixels in a rectangle of the form's client area, given at 96 DPI.
-    std::vector<COLORREF> Pixels(int x, int y, int width, int height) const;
     // How many pixels of the cover hint's place show the error's colour, and the hint's colour.
-    std::size_t ErrorPixels() const;
-    std::size_t HintPixels() const;
+    std::size_t ErrorPixels() const { return HintPlacePixels(RGB(244, 137, 129)); }
+    std::size_t HintPixels() const { return HintPlacePixels(RGB(148, 177, 193)); }
     // The colour at the middle of the cover tile.
     COLORREF TileCentre() const;
 
 private:
+    // The screen's pixels in a rectangle of the form's client area, given at 96 DPI.
+    std::vector<COLORREF> Pixels(int x, int y, int width, int height) const;
+    std::size_t HintPlacePixels(COLORREF colour) const;
+
     PickerProcess& picker_;
     HWND form_ = nullptr;
 };
-
-// A PNG of one colour, `width` by `height`, stored without compression; `fileSize`, when given,
-// is the exact size of the file, reached with comment chunks.
-Bytes SolidPng(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize = 0);
-
-// A JPEG of one colour, written by the system's image library.
-Bytes SolidJpeg(std::uint32_t width, std::uint32_t height, COLORREF colour);
 
 }  // namespace korvane::testing
