@@ -36,6 +36,7 @@ constexpr int kFormAuthor = 2102;
 constexpr int kFormTarget = 2104;
 constexpr int kFormChooseImage = 2203;
 constexpr int kFormChooseTarget = 2204;
+constexpr int kFormType = 2300;
 constexpr int kFormRemoveCover = 2301;
 
 // A launcher on a sample install of its own, started with its first list loaded.
@@ -146,50 +147,60 @@ Bytes Png(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_
     return standins::EncodeSolidPng(width, height, {GetRValue(colour), GetGValue(colour), GetBValue(colour)}, fileSize);
 }
 
-TEST(ModFiles, TheFormCreatesAModOfEitherTypeWithEachValueQuotedOnceAndTheListSelectsIt)
+TEST(ModFiles, CreateAndImportReachTheToolWithEachValueQuotedOnceAndTheListSelectsTheNewMod)
 {
+    Launcher launcher(L"create");
+    ASSERT_TRUE(launcher.Start());
+    const testing::ScratchDirectory elsewhere(L"create-elsewhere");
+    const Text target = elsewhere / L"Chosen Lanterns.umod";
+    const Text source = elsewhere / L"Imported Isles.umod";
+    testing::WriteFileText(source,
+        LR"({"format":"KorvaneModSource","id":"mod.0123456789abcdef0123456789abcdef","name":"Imported Isles",)"
+        LR"("authorName":"Ann","version":"1.0.0","supportedGameVersions":["1.4"],"kind":"standard"})");
     const struct {
         const char* label;
-        int typeRow;
+        int typeRow;  // of the form's type combo; -1: an import of `source` instead
         const wchar_t* name;
         const wchar_t* author;
         bool chooseTarget;  // through the save chooser, and accepted with Return in the name edit
         std::vector<Text> command;
-        const wchar_t* toolName;
-        const wchar_t* toolAuthor;
+        std::vector<Text> options;
     } cases[] = {
         {"a standard Mod in the library, trimmed and quoted once", 0, L"  Sky \"Lantern\" Isles  ", L" Ann Lee\t",
-            false, {L"create"}, L"Sky \"Lantern\" Isles", L"Ann Lee"},
+            false, {L"create"}, {L"--name", L"Sky \"Lantern\" Isles", L"--author-name", L"Ann Lee"}},
         {"a translation saved where chosen, outside the BMP", 1, L"Lanterns 灯笼 \U0001F3EE", L"林 \U0001F600", true,
-            {L"translations", L"create"}, L"Lanterns 灯笼 \U0001F3EE", L"林 \U0001F600"},
+            {L"translations", L"create"},
+            {L"--name", L"Lanterns 灯笼 \U0001F3EE", L"--author-name", L"林 \U0001F600", L"--output-file", target}},
+        {"an import into the library", -1, L"", L"", false, {L"import-source"}, {L"--mod-file", source}},
     };
-    Launcher launcher(L"create");
-    ASSERT_TRUE(launcher.Start());
-    const testing::ScratchDirectory elsewhere(L"create-target");
-    const Text target = elsewhere / L"Chosen Lanterns.umod";
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
         const auto before = PackagesIn(launcher.ModsFolder());
         const std::size_t rows = launcher.Rows();
-        std::vector<Text> options{L"--name", entry.toolName, L"--author-name", entry.toolAuthor};
-        ModForm form(launcher.Picker());
-        ASSERT_TRUE(form.IsOpen());
-        EXPECT_FALSE(IsWindowEnabled(launcher.Picker().Window())) << "the picker waits for its form";
-        ASSERT_TRUE(form.ChooseType(entry.typeRow));
-        form.Type(kFormName, entry.name);
-        form.Type(kFormAuthor, entry.author);
-        if (entry.chooseTarget) {
-            form.Press(kFormChooseTarget);
-            ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kSaveModTitle.Now(), target));
-            ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TextOf(kFormTarget) == target; }));
-            testing::PressKey(form.Control(kFormName), VK_RETURN);
-            options.insert(options.end(), {L"--output-file", target});
+        if (entry.typeRow < 0) {
+            launcher.Picker().Click(kImportMod);
+            ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), source));
         } else {
-            form.Press(kFormCreate);
+            ModForm form(launcher.Picker());
+            ASSERT_TRUE(form.IsOpen());
+            EXPECT_FALSE(IsWindowEnabled(launcher.Picker().Window())) << "the picker waits for its form";
+            SendMessageW(form.Control(kFormType), CB_SETCURSEL, static_cast<WPARAM>(entry.typeRow), 0);
+            SendMessageW(form.Window(), WM_COMMAND, MAKEWPARAM(kFormType, CBN_SELCHANGE),
+                reinterpret_cast<LPARAM>(form.Control(kFormType)));
+            form.Type(kFormName, entry.name);
+            form.Type(kFormAuthor, entry.author);
+            if (entry.chooseTarget) {
+                form.Press(kFormChooseTarget);
+                ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kSaveModTitle.Now(), target));
+                ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TextOf(kFormTarget) == target; }));
+                testing::PressKey(form.Control(kFormName), VK_RETURN);
+            } else {
+                form.Press(kFormCreate);
+            }
+            ASSERT_TRUE(form.WaitClosed());
         }
-        ASSERT_TRUE(form.WaitClosed());
         ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(rows + 1))) << TextToUtf8(launcher.Status());
-        EXPECT_EQ(launcher.LastModCommand(), launcher.Expected(entry.command, options));
+        EXPECT_EQ(launcher.LastModCommand(), launcher.Expected(entry.command, entry.options));
         std::vector<Text> added;
         const auto after = PackagesIn(launcher.ModsFolder());
         std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
@@ -237,13 +248,12 @@ TEST(ModFiles, TheFormWantsANameAndAnAuthorOfAtMostAHundredCharactersAndJudgesCo
     EXPECT_FALSE(form.IsEnabled(kFormCreate));
     EXPECT_EQ(launcher.ToolRuns(), 1u) << "only the first load ran the tool";
 
-    // A cover taken off again from the keyboard: Return presses the button that has the focus.
+    // A cover taken off again.
     const testing::ScratchDirectory files(L"covers");
     testing::WriteFileBytes(files / L"taken-off.png", Png(32, 32, RGB(210, 30, 200)));
     ASSERT_TRUE(form.ChooseCover(files / L"taken-off.png"));
     ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return form.TileCentre() == RGB(210, 30, 200); }));
-    ASSERT_TRUE(form.FocusOn(kFormRemoveCover));
-    form.Key(VK_RETURN);
+    form.Press(kFormRemoveCover);
     EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return !form.IsEnabled(kFormRemoveCover) && form.HintPixels() > 0; }));
     EXPECT_EQ(form.ErrorPixels(), 0u);
     EXPECT_NE(form.TileCentre(), RGB(210, 30, 200));
@@ -309,157 +319,116 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemov
     const Text status = launcher.Status();
     const std::size_t toolRuns = launcher.ToolRuns();
 
-    // Return on the question: No is the default, and nothing happens.
-    launcher.Picker().Click(kDeleteMod);
-    const auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
-    ASSERT_TRUE(box);
-    EXPECT_EQ(box->title, kRemoveCaption.Now());
-    EXPECT_EQ(box->text,
-        kRemoveQuestionStart.Now() + launcher.Install().ModName(1) + L"\n" + package + kRemoveQuestionEnd.Now());
-    EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDNO), GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
-    const HWND icon = FindWindowExW(box->window, nullptr, L"Static", nullptr);
-    ASSERT_EQ(GetWindowLongW(icon, GWL_STYLE) & SS_TYPEMASK, SS_ICON);
-    EXPECT_TRUE(WaitUntil(launcher.Process(), [&] { return testing::IconLikeness(icon, IDI_WARNING) == 1.0; }))
-        << testing::IconLikeness(icon, IDI_WARNING);
-    EXPECT_LT(testing::IconLikeness(icon, IDI_ERROR), 1.0);
-    testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
-    ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
-    ASSERT_TRUE(launcher.Settle());
-    EXPECT_EQ(launcher.Status(), status);
-    EXPECT_TRUE(testing::FileExists(package));
-
-    // Yes: the question comes whatever the file has become. Wine's shell has no file operation to
-    // recycle with, so a plain package stays where it was.
+    // Wine's shell has no file operation to recycle with, so a plain package stays where it was.
     const struct {
         const char* label;
         void (*change)(const Text& package);
-        const LocalizedText& message;
+        const LocalizedText* message;  // null: Return on the question, whose default is No
     } cases[] = {
-        {"the package as listed", [](const Text&) {}, kRemoveFailedMessage},
-        {"the package went after the list was read", [](const Text& file) { DeleteFileW(file.c_str()); },
-            kRemoveRefusedMessage},
-        {"a folder took the package's name", [](const Text& file) { CreateDirectoryW(file.c_str(), nullptr); },
-            kRemoveRefusedMessage},
+        {"Return on the question", [](const Text&) {}, nullptr},
+        {"Yes for the package as listed", [](const Text&) {}, &kRemoveFailedMessage},
+        {"Yes once the package went", [](const Text& file) { DeleteFileW(file.c_str()); }, &kRemoveRefusedMessage},
+        {"Yes once a folder took its name", [](const Text& file) { CreateDirectoryW(file.c_str(), nullptr); },
+            &kRemoveRefusedMessage},
     };
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
         entry.change(package);
         const DWORD attributes = GetFileAttributesW(package.c_str());
         launcher.Picker().Click(kDeleteMod);
-        EXPECT_EQ(launcher.AnswerBox(IDYES).title, kRemoveCaption.Now());
-        const auto told = launcher.AnswerBox();
-        EXPECT_EQ(told.text, entry.message.Now());
-        EXPECT_EQ(told.title, kOperationFailedCaption.Now());
-        EXPECT_TRUE(launcher.WaitForStatus(entry.message.Now()));
+        const auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+        ASSERT_TRUE(box) << "the question comes whatever the file has become";
+        EXPECT_EQ(box->title, kRemoveCaption.Now());
+        EXPECT_EQ(box->text,
+            kRemoveQuestionStart.Now() + launcher.Install().ModName(1) + L"\n" + package + kRemoveQuestionEnd.Now());
+        EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDNO), GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
+        if (entry.message == nullptr) {
+            testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
+        } else {
+            testing::PressMessageBoxButton(box->window, IDYES);
+        }
+        ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
+        if (entry.message != nullptr) {
+            const auto told = launcher.AnswerBox();
+            EXPECT_EQ(told.text, entry.message->Now());
+            EXPECT_EQ(told.title, kOperationFailedCaption.Now());
+        }
+        EXPECT_TRUE(launcher.WaitForStatus(entry.message != nullptr ? entry.message->Now() : status));
+        if (entry.message != nullptr) {
+            EXPECT_EQ(launcher.Report(L"selectedSource"), package);
+        }
         EXPECT_EQ(GetFileAttributesW(package.c_str()), attributes) << "left as it was";
-        EXPECT_EQ(launcher.Report(L"selectedSource"), package);
         EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
     }
     EXPECT_EQ(launcher.ToolRuns(), toolRuns) << "the list was never read again";
     EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteMod)));
 }
 
-TEST(ModFiles, ImportSelectsTheNewPackageAndARefusalOrACancelledChooserLeavesTheList)
+TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
 {
-    Launcher launcher(L"import");
+    Launcher launcher(L"no-package");
     ASSERT_TRUE(launcher.Start());
-    const Text selected = launcher.Select(1);
-    ASSERT_FALSE(selected.empty());
-    const testing::ScratchDirectory elsewhere(L"import-source");
-    const Text source = elsewhere / L"Imported Isles.umod";
-    testing::WriteFileText(source,
-        LR"({"format":"KorvaneModSource","id":"mod.0123456789abcdef0123456789abcdef","name":"Imported Isles",)"
-        LR"("authorName":"Ann","version":"1.0.0","supportedGameVersions":["1.4"],"kind":"standard"})");
-    const Text imported = JoinPath(launcher.ModsFolder(), L"Imported Isles.umod");
-    const struct {
-        const char* label;
-        const wchar_t* scenario;
-        Text chosen;  // empty: the chooser is cancelled
-        Text status;  // the tool's words, shown in a box too, when it refuses
-        Text selected;
-    } cases[] = {
-        {"a cancelled chooser", L"", {}, launcher.Status(), selected},
-        {"a package the tool refuses", LR"({"import-source":{"exitCode":1,"stderr":"KorvaneTool: the package is damaged"}})",
-            source, L"KorvaneTool: the package is damaged", selected},
-        {"a new package", L"", source, ModCountStatus(launcher.Install().ModCount() + 1), imported},
-    };
-    for (const auto& entry : cases) {
-        SCOPED_TRACE(entry.label);
-        launcher.Install().SetToolScenario(entry.scenario);
-        const std::size_t packages = PackagesIn(launcher.ModsFolder()).size();
-        const std::size_t toolRuns = launcher.ToolRuns();
-        launcher.Picker().Click(kImportMod);
-        ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.chosen));
-        if (!entry.chosen.empty() && entry.selected == selected) {
-            const auto box = launcher.AnswerBox();
-            EXPECT_EQ(box.text, entry.status);
-            EXPECT_EQ(box.title, kOperationFailedCaption.Now());
-        }
-        EXPECT_TRUE(launcher.WaitForStatus(entry.status)) << TextToUtf8(launcher.Status());
-        EXPECT_EQ(PackagesIn(launcher.ModsFolder()).size(), packages + (entry.selected == imported ? 1 : 0));
-        if (entry.chosen.empty()) {
-            EXPECT_EQ(launcher.ToolRuns(), toolRuns);
-            EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
-        } else {
-            EXPECT_EQ(launcher.Report(L"selectedSource"), entry.selected);
-            EXPECT_EQ(launcher.LastModCommand(), launcher.Expected({L"import-source"}, {L"--mod-file", source}));
-        }
-    }
-}
-
-TEST(ModFiles, ARefusedFailedOrCancelledCreateLeavesNoPackageAndAUsablePicker)
-{
-    Launcher launcher(L"bad-input");
-    ASSERT_TRUE(launcher.Start());
-    const Text selected = launcher.Select(1);
-    ASSERT_FALSE(selected.empty());
+    ASSERT_FALSE(launcher.Select(1).empty());
     const auto before = PackagesIn(launcher.ModsFolder());
-    const testing::ScratchDirectory files(L"bad-input");
+    const Text status = launcher.Status();
+    const testing::ScratchDirectory files(L"no-package");
     const Text existing = files / L"Existing.umod";
     testing::WriteFileText(existing, L"kept");
     const struct {
         const char* label;
         const wchar_t* scenario;
-        Text target;  // typed into the save location
+        bool import;  // else a create of "Lanterns" by Ann
+        Text path;    // the import's choice (empty: the chooser is cancelled), or the create's target
         bool cancel;  // Cancel pressed while the tool runs
-        Text words;   // the status, all of the tool's words or what the launcher's own must name
+        Text words;   // the status: the tool's words whole, or the path they must name
+        bool toolRan;
     } cases[] = {
-        {"a target that exists", L"", existing, false, existing},
-        {"a tool that fails", LR"({"create":{"exitCode":3,"stderr":"KorvaneTool: disk full"}})", {}, false,
-            L"KorvaneTool: disk full"},
-        {"a create cancelled while the tool hangs", LR"({"create":{"hang":true}})", {}, true, kToolCancelledMessage.Now()},
+        {"a cancelled import chooser", L"", true, {}, false, status, false},
+        {"an import the tool refuses", LR"({"import-source":{"exitCode":1,"stderr":"KorvaneTool: the package is damaged"}})",
+            true, launcher.Install().ModPackage(0), false, L"KorvaneTool: the package is damaged", true},
+        {"a create target that exists", L"", false, existing, false, existing, true},
+        {"a create the tool fails", LR"({"create":{"exitCode":3,"stderr":"KorvaneTool: disk full"}})", false, {}, false,
+            L"KorvaneTool: disk full", true},
+        {"a create cancelled while the tool hangs", LR"({"create":{"hang":true}})", false, {}, true,
+            kToolCancelledMessage.Now(), true},
     };
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.label);
         launcher.Install().SetToolScenario(entry.scenario);
         const std::size_t toolRuns = launcher.ToolRuns();
-        ModForm form(launcher.Picker());
-        ASSERT_TRUE(form.IsOpen());
-        form.Type(kFormName, L"Lanterns");
-        form.Type(kFormAuthor, L"Ann");
-        if (!entry.target.empty()) {
-            form.Type(kFormTarget, entry.target);
+        if (entry.import) {
+            launcher.Picker().Click(kImportMod);
+            ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.path));
+        } else {
+            ModForm form(launcher.Picker());
+            ASSERT_TRUE(form.IsOpen());
+            form.Type(kFormName, L"Lanterns");
+            form.Type(kFormAuthor, L"Ann");
+            if (!entry.path.empty()) {
+                form.Type(kFormTarget, entry.path);
+            }
+            form.Press(kFormCreate);
+            ASSERT_TRUE(form.WaitClosed());
         }
-        form.Press(kFormCreate);
-        ASSERT_TRUE(form.WaitClosed());
+        Text shown = entry.words;
         if (entry.cancel) {
             ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return launcher.ToolRuns() == toolRuns + 1; }));
             EXPECT_EQ(launcher.Picker().TextOf(kClose), kCancelButton.Now());
             launcher.Picker().Click(kClose);
-            EXPECT_TRUE(launcher.WaitForStatus(entry.words));
-        } else {
+        } else if (entry.words != status) {
             const auto box = launcher.AnswerBox();
             EXPECT_EQ(box.title, kOperationFailedCaption.Now());
-            EXPECT_TRUE(entry.target.empty() ? box.text == entry.words : box.text.find(entry.words) != Text::npos)
+            EXPECT_TRUE(entry.words == entry.path ? box.text.find(entry.words) != Text::npos : box.text == entry.words)
                 << TextToUtf8(box.text);
-            EXPECT_TRUE(launcher.WaitForStatus(box.text));
+            shown = box.text;
         }
-        // The report is written once the task's end is dealt with, after any box.
-        EXPECT_EQ(launcher.Report(L"status"), launcher.Status());
+        EXPECT_TRUE(launcher.WaitForStatus(shown)) << TextToUtf8(launcher.Status());
+        EXPECT_EQ(launcher.Report(L"status"), shown) << "written once the command's end is dealt with, after any box";
+        EXPECT_EQ(launcher.ToolRuns() > toolRuns, entry.toolRan);
         EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before) << "no package in the library";
         EXPECT_EQ(testing::ReadFileBytes(existing), "kept");
+        EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
         EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
-        EXPECT_EQ(launcher.Report(L"selectedSource"), selected);
         EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kNewMod))) << "the picker takes commands again";
         testing::ExpectNoToolRunning(launcher.Install().ToolCalls());
     }

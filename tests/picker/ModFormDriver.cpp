@@ -1,7 +1,6 @@
 #include "ModFormDriver.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace korvane::testing {
 namespace {
@@ -9,29 +8,6 @@ namespace {
 constexpr int kNewModId = 1010;
 constexpr int kFileNameEditId = 1152;  // the file-name box of the shell's choosers
 constexpr int kFormChooseImageId = 2203;
-constexpr int kFormTypeComboId = 2300;
-
-// What `paint` leaves on a 32-bit bitmap of `width` by `height`, row by row from the top.
-std::vector<COLORREF> Painted(int width, int height, const std::function<void(HDC)>& paint)
-{
-    BITMAPINFO info{};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const HDC dc = CreateCompatibleDC(nullptr);
-    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ old = SelectObject(dc, bitmap);
-    paint(dc);
-    GdiFlush();
-    std::vector<COLORREF> pixels;
-    for (int index = 0; bits != nullptr && index < width * height; ++index) {
-        const RGBQUAD& bit = static_cast<const RGBQUAD*>(bits)[index];
-        pixels.push_back(RGB(bit.rgbRed, bit.rgbGreen, bit.rgbBlue));
-    }
-    SelectObject(dc, old);
-    DeleteObject(bitmap);
-    DeleteDC(dc);
-    return pixels;
-}
 
 }  // namespace
 
@@ -68,35 +44,27 @@ HWND FocusOf(HWND window)
 
 std::vector<COLORREF> ScreenPixels(RECT area)
 {
-    return Painted(area.right - area.left, area.bottom - area.top, [&](HDC dc) {
-        const HDC screen = GetDC(nullptr);
-        BitBlt(dc, 0, 0, area.right - area.left, area.bottom - area.top, screen, area.left, area.top, SRCCOPY);
-        ReleaseDC(nullptr, screen);
-    });
-}
-
-double IconLikeness(HWND control, const wchar_t* icon)
-{
-    RECT area{};
-    GetWindowRect(control, &area);
-    const std::vector<COLORREF> shown = ScreenPixels(area);
-    if (shown.empty()) {
-        return 0.0;
-    }
     const int width = area.right - area.left;
     const int height = area.bottom - area.top;
-    const std::vector<COLORREF> drawn = Painted(width, height, [&](HDC dc) {
-        const HBRUSH background = CreateSolidBrush(shown.front());  // a corner, outside the icon's shape
-        const RECT whole{0, 0, width, height};
-        FillRect(dc, &whole, background);
-        DeleteObject(background);
-        DrawIconEx(dc, 0, 0, LoadIconW(nullptr, icon), width, height, 0, nullptr, DI_NORMAL);
-    });
-    std::size_t same = 0;
-    for (std::size_t index = 0; index < shown.size() && index < drawn.size(); ++index) {
-        same += shown[index] == drawn[index] ? 1 : 0;
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HDC screen = GetDC(nullptr);
+    const HDC dc = CreateCompatibleDC(screen);
+    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ old = SelectObject(dc, bitmap);
+    BitBlt(dc, 0, 0, width, height, screen, area.left, area.top, SRCCOPY);
+    GdiFlush();
+    std::vector<COLORREF> pixels;
+    for (int index = 0; bits != nullptr && index < width * height; ++index) {
+        const RGBQUAD& bit = static_cast<const RGBQUAD*>(bits)[index];
+        pixels.push_back(RGB(bit.rgbRed, bit.rgbGreen, bit.rgbBlue));
     }
-    return static_cast<double>(same) / static_cast<double>(shown.size());
+    SelectObject(dc, old);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+    ReleaseDC(nullptr, screen);
+    return pixels;
 }
 
 ModForm::ModForm(PickerProcess& picker) : picker_(picker)
@@ -131,28 +99,6 @@ bool ModForm::TypeKeys(int id, TextView text) const
         const auto selection = static_cast<DWORD>(SendMessageW(edit, EM_GETSEL, 0, 0));
         return LOWORD(selection) == 0 && HIWORD(selection) > 0;
     });
-}
-
-bool ModForm::FocusOn(int id) const
-{
-    for (int step = 0; step < 12 && FocusOf(form_) != Control(id); ++step) {
-        const HWND before = FocusOf(form_);
-        PressKey(before, VK_TAB);
-        WaitUntil(picker_.Process(), [&] { return FocusOf(form_) != before; }, 5000);
-    }
-    return FocusOf(form_) == Control(id);
-}
-
-bool ModForm::ChooseType(int row) const
-{
-    const HWND combo = Control(kFormTypeComboId);
-    const auto selected = [&] { return static_cast<int>(SendMessageW(combo, CB_GETCURSEL, 0, 0)); };
-    for (int step = 0; step < 4 && selected() != row; ++step) {
-        const int before = selected();
-        PressKey(combo, before < row ? VK_DOWN : VK_UP);
-        WaitUntil(picker_.Process(), [&] { return selected() != before; }, 5000);
-    }
-    return selected() == row;
 }
 
 bool ModForm::ChooseCover(TextView path) const

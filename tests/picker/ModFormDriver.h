@@ -24,10 +24,6 @@ HWND FocusOf(HWND window);
 // The screen's pixels in a rectangle, row by row from the top.
 std::vector<COLORREF> ScreenPixels(RECT area);
 
-// The share of a control's pixels on the screen that match the system icon `icon` drawn over the
-// control's own background: 1.0 when it shows exactly that icon.
-double IconLikeness(HWND control, const wchar_t* icon);
-
 class ModForm {
 public:
     // Presses New Mod in the picker and waits for the form.
@@ -46,10 +42,6 @@ public:
     void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
     // A key pressed on the control that has the focus.
     void Key(WPARAM key) const { PressKey(FocusOf(form_), key); }
-    // Moves the focus with Tab until control `id` has it.
-    bool FocusOn(int id) const;
-    // Picks a row of the type combo with the arrow keys.
-    bool ChooseType(int row) const;
     // Chooses a cover through the form's chooser; true once the form has dealt with the answer.
     bool ChooseCover(TextView path) const;
     bool WaitClosed() const;
