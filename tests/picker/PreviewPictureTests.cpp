@@ -103,10 +103,6 @@ protected:
 
 TEST_F(PickerPreview, AHiddenPreviewLeavesAPictureAndReportForEachDpiAndLanguage)
 {
-    static const wchar_t* const kKeys[] = {L"firstPaintMs", L"paintCount", L"dpi", L"language", L"modCount",
-        L"visibleModCount", L"selectedSource", L"search", L"sdkFile", L"deleteButtonVisible", L"deleteButtonEnabled",
-        L"deleteButtonText", L"childStarted", L"sourceRowLabel", L"sourceRowHeight", L"snapshotSaved",
-        L"windowVisible", L"status"};
     const struct {
         std::uint32_t dpi;
         const wchar_t* language;
@@ -128,16 +124,7 @@ TEST_F(PickerPreview, AHiddenPreviewLeavesAPictureAndReportForEachDpiAndLanguage
             L"-KorvanePickerPreviewDpi=" + DecimalText(row.dpi), L"-KorvanePickerPreviewLanguage=" + Text(row.language)});
         ASSERT_EQ(picker->WaitForExit(), 0u) << "closed by its timer";
 
-        // Every key once, in the order of the report.
-        const Bytes text = testing::ReadFileBytes(out / L"picker-report.json");
-        const JsonValue report = picker->Report();
-        EXPECT_EQ(report.members.size(), std::size(kKeys)) << text;
-        size_t previous = 0;
-        for (const wchar_t* key : kKeys) {
-            const size_t at = text.find("\"" + TextToUtf8(key) + "\":");
-            EXPECT_TRUE(at != Bytes::npos && at >= previous) << TextToUtf8(key) << " out of order in " << text;
-            previous = at == Bytes::npos ? previous : at;
-        }
+        // Every key once, in this order, with its value.
         const Text modCount = DecimalText(Member(*preview_, L"mods").items.size());
         const std::pair<const wchar_t*, Text> values[] = {
             {L"firstPaintMs", L"0"}, {L"paintCount", L"0"}, {L"dpi", DecimalText(row.dpi)},
@@ -148,7 +135,14 @@ TEST_F(PickerPreview, AHiddenPreviewLeavesAPictureAndReportForEachDpiAndLanguage
             {L"sourceRowHeight", DecimalText(Scaled(116, row.dpi))}, {L"snapshotSaved", L"true"},
             {L"windowVisible", L"false"}, {L"status", modCount + row.countSuffix},
         };
+        const Bytes text = testing::ReadFileBytes(out / L"picker-report.json");
+        const JsonValue report = picker->Report();
+        EXPECT_EQ(report.members.size(), std::size(values)) << text;
+        size_t previous = 0;
         for (const auto& [key, value] : values) {
+            const size_t at = text.find("\"" + TextToUtf8(key) + "\":");
+            EXPECT_TRUE(at != Bytes::npos && at >= previous) << TextToUtf8(key) << " out of order in " << text;
+            previous = at == Bytes::npos ? previous : at;
             EXPECT_EQ(Member(report, key).text, value) << TextToUtf8(key);
         }
 
@@ -194,12 +188,18 @@ TEST_F(PickerPreview, AShownPreviewPaintsAndClosesByItself)
     EXPECT_EQ(Member(report, L"snapshotSaved").text, L"true");
 }
 
-TEST_F(PickerPreview, EveryControlStandsWhereTheLayoutPutsIt)
+TEST_F(PickerPreview, AShownPreviewPlacesItsControlsIgnoresOutOfRangeOptionsAndRefusesEveryChange)
 {
-    for (const std::uint32_t dpi : {96u, 144u}) {
-        SCOPED_TRACE(::testing::Message() << dpi << " DPI");
-        ScratchDirectory out(L"picker-preview-layout");
-        const auto picker = StartPreview(out, {L"-KorvanePickerPreviewDpi=" + DecimalText(dpi)});
+    constexpr const wchar_t* kNoModify = L"Preview mode does not modify Mod files.";
+    constexpr const wchar_t* kNoEditor = L"Preview mode does not start the Editor.";
+    // Each refusal follows one of the other kind, so every click shows in the status line.
+    const std::pair<int, const wchar_t*> clicks[] = {{kNewModId, kNoModify}, {kStartEditingId, kNoEditor},
+        {kImportModId, kNoModify}, {kStartEditingId, kNoEditor}, {kDeleteModId, kNoModify}};
+    const size_t toolRuns = install_->ToolCalls().size();
+    for (const auto& [given, dpi] : {std::pair{120u, 96u}, std::pair{144u, 144u}}) {
+        SCOPED_TRACE(::testing::Message() << given << " DPI asked");
+        ScratchDirectory out(L"picker-preview-shown");
+        const auto picker = StartPreview(out, {L"-KorvanePickerPreviewMs=249", L"-KorvanePickerPreviewDpi=" + DecimalText(given)});
         ASSERT_TRUE(picker->WaitForWindow());
         const HWND window = picker->Window();
         RECT client{};
@@ -217,93 +217,67 @@ TEST_F(PickerPreview, EveryControlStandsWhereTheLayoutPutsIt)
                 EXPECT_EQ(bounds.bottom - bounds.top, place.height) << "control " << place.id;
             }
         }
+        ASSERT_TRUE(picker->WaitForStatus(LoadedStatus()));
+        for (const auto& [id, status] : clicks) {
+            picker->Click(id);
+            EXPECT_TRUE(picker->WaitForStatus(status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
+        }
+        // A timer of 249 ms would have closed the window long before this wait ends.
+        EXPECT_FALSE(picker->Process().Wait(1500)) << "no timer closed it";
         PostMessageW(window, WM_CLOSE, 0, 0);
         EXPECT_EQ(picker->WaitForExit(), 0u);
+        const JsonValue report = picker->Report();
+        EXPECT_EQ(Member(report, L"dpi").text, DecimalText(dpi));
+        EXPECT_EQ(Member(report, L"childStarted").text, L"false");
+        EXPECT_EQ(Member(report, L"status").text, kNoModify);
     }
-}
-
-TEST_F(PickerPreview, RefusesEveryCommandThatWouldChangeAModOrStartTheEditor)
-{
-    const size_t toolRuns = install_->ToolCalls().size();
-    ScratchDirectory out(L"picker-preview-refusals");
-    const auto picker = StartPreview(out, {});
-    ASSERT_TRUE(picker->WaitForWindow());
-    ASSERT_TRUE(picker->WaitForStatus(LoadedStatus()));
-
-    constexpr const wchar_t* kNoModify = L"Preview mode does not modify Mod files.";
-    constexpr const wchar_t* kNoEditor = L"Preview mode does not start the Editor.";
-    // Each refusal follows one of the other kind, so every click shows in the status line.
-    const std::pair<int, const wchar_t*> clicks[] = {{kNewModId, kNoModify}, {kStartEditingId, kNoEditor},
-        {kImportModId, kNoModify}, {kStartEditingId, kNoEditor}, {kDeleteModId, kNoModify}};
-    for (const auto& [id, status] : clicks) {
-        picker->Click(id);
-        EXPECT_TRUE(picker->WaitForStatus(status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
-    }
-    PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
-    EXPECT_EQ(picker->WaitForExit(), 0u);
-    EXPECT_EQ(Member(picker->Report(), L"childStarted").text, L"false");
-    EXPECT_EQ(Member(picker->Report(), L"status").text, kNoModify);
     EXPECT_EQ(install_->ToolCalls().size(), toolRuns) << "no tool command ran";
     EXPECT_TRUE(install_->EditorRecords().empty());
     EXPECT_TRUE(testing::FileExists(ModProject(0))) << "the selected Mod is still there";
 }
 
-TEST_F(PickerPreview, AnOutOfRangeTimeAndDpiAreIgnored)
+TEST_F(PickerPreview, AFixtureWithoutUsableModsGivesAnEmptyListAndAnUnreadableOneTheToolResultMessage)
 {
-    ScratchDirectory out(L"picker-preview-ignored");
-    const auto picker = StartPreview(out, {L"-KorvanePickerPreviewMs=249", L"-KorvanePickerPreviewDpi=120"});
-    ASSERT_TRUE(picker->WaitForWindow());
-    ASSERT_TRUE(picker->WaitForStatus(LoadedStatus()));
-    // A timer of 249 ms would have closed the window long before this wait ends.
-    EXPECT_FALSE(picker->Process().Wait(1500)) << "no timer closed it";
-    RECT client{};
-    GetClientRect(picker->Window(), &client);
-    EXPECT_EQ(client.right, ExpectedClientSize(96).cx);
-    PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
-    EXPECT_EQ(picker->WaitForExit(), 0u);
-    EXPECT_EQ(Member(picker->Report(), L"dpi").text, L"96");
-}
-
-TEST_F(PickerPreview, AFixtureWithoutUsableModsGivesALoadedEmptyList)
-{
-    ScratchDirectory out(L"picker-preview-empty");
-    testing::WriteFileText(out / L"empty.json",
-        LR"({"gameId":"skyhaven","mods":[{"id":"","name":"No id","modProject":"C:\\M\\A.umod"},)"
-        LR"({"id":"b","name":"B","modProject":"C:\\M\\B.zip"},{"id":"c","name":"","modProject":"C:\\M\\C.umod"}]})");
-    const auto picker = StartPreview(out, {L"-KorvanePickerFixture=" + out / L"empty.json",
-        L"-KorvanePickerPreviewHidden", L"-KorvanePickerPreviewMs=250"});
-    ASSERT_EQ(picker->WaitForExit(), 0u);
-    const JsonValue report = picker->Report();
-    EXPECT_EQ(Member(report, L"modCount").text, L"0");
-    EXPECT_EQ(Member(report, L"visibleModCount").text, L"0");
-    EXPECT_EQ(Member(report, L"selectedSource").text, L"");
-    EXPECT_EQ(Member(report, L"status").text, L"0 Mods");
-    EXPECT_EQ(Member(report, L"snapshotSaved").text, L"true") << "a picture is taken once an SDK is loaded";
-}
-
-TEST_F(PickerPreview, AFixtureThatCannotBeReadEndsInTheToolResultMessage)
-{
-    const std::pair<const char*, const wchar_t*> fixtures[] = {
-        {"not JSON", L"{\"mods\":[}"}, {"missing", nullptr}};
-    for (const auto& [label, content] : fixtures) {
-        SCOPED_TRACE(label);
-        ScratchDirectory out(L"picker-preview-unreadable");
-        if (content != nullptr) {
-            testing::WriteFileText(out / L"bad.json", content);
+    constexpr const wchar_t* kUnreadable = L"Could not read the tool JSON result.";
+    const struct {
+        const char* label;
+        const wchar_t* content;  // null: no file
+        const wchar_t* status;
+        const wchar_t* snapshotSaved;  // a picture is taken once an SDK is loaded
+    } fixtures[] = {
+        {"no usable Mod", LR"({"gameId":"skyhaven","mods":[{"id":"","name":"No id","modProject":"C:\\M\\A.umod"},)"
+            LR"({"id":"b","name":"B","modProject":"C:\\M\\B.zip"},{"id":"c","name":"","modProject":"C:\\M\\C.umod"}]})",
+            L"0 Mods", L"true"},
+        {"not JSON", L"{\"mods\":[}", kUnreadable, L"false"},
+        {"missing", nullptr, kUnreadable, L"false"},
+    };
+    for (const auto& fixture : fixtures) {
+        SCOPED_TRACE(fixture.label);
+        ScratchDirectory out(L"picker-preview-fixture");
+        if (fixture.content != nullptr) {
+            testing::WriteFileText(out / L"fixture.json", fixture.content);
         }
-        const auto picker = StartPreview(out, {L"-KorvanePickerFixture=" + out / L"bad.json"});
-        ASSERT_TRUE(picker->WaitForWindow());
-        const auto box = testing::WaitForMessageBox(picker->Process().Id(), picker->Process().Handle(), 60000);
-        ASSERT_TRUE(box.has_value());
-        EXPECT_EQ(box->text, L"Could not read the tool JSON result.");
-        testing::PressMessageBoxButton(box->window, IDOK);
-        EXPECT_TRUE(picker->WaitForStatus(L"Could not read the tool JSON result."));
-        PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+        std::vector<Text> more{L"-KorvanePickerFixture=" + out / L"fixture.json"};
+        if (fixture.status != kUnreadable) {
+            more.insert(more.end(), {L"-KorvanePickerPreviewHidden", L"-KorvanePickerPreviewMs=250"});
+        }
+        const auto picker = StartPreview(out, more);
+        if (fixture.status == kUnreadable) {
+            ASSERT_TRUE(picker->WaitForWindow());
+            const auto box = testing::WaitForMessageBox(picker->Process().Id(), picker->Process().Handle(), 60000);
+            ASSERT_TRUE(box.has_value());
+            EXPECT_EQ(box->text, kUnreadable);
+            testing::PressMessageBoxButton(box->window, IDOK);
+            EXPECT_TRUE(picker->WaitForStatus(kUnreadable));
+            PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+        }
         EXPECT_EQ(picker->WaitForExit(), 0u);
         const JsonValue report = picker->Report();
-        EXPECT_EQ(Member(report, L"status").text, L"Could not read the tool JSON result.");
-        EXPECT_EQ(Member(report, L"modCount").text, L"0");
-        EXPECT_EQ(Member(report, L"snapshotSaved").text, L"false") << "no SDK, no picture";
+        const std::pair<const wchar_t*, const wchar_t*> values[] = {{L"status", fixture.status}, {L"modCount", L"0"},
+            {L"visibleModCount", L"0"}, {L"selectedSource", L""}, {L"snapshotSaved", fixture.snapshotSaved}};
+        for (const auto& [key, value] : values) {
+            EXPECT_EQ(Member(report, key).text, value) << TextToUtf8(key);
+        }
     }
 }
 
