@@ -14,7 +14,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <optional>
 #include <set>
 
@@ -201,12 +200,12 @@ TEST(ModFiles, CreateAndImportReachTheToolWithEachValueQuotedOnceAndTheListSelec
         }
         ASSERT_TRUE(launcher.WaitForStatus(ModCountStatus(rows + 1))) << TextToUtf8(launcher.Status());
         EXPECT_EQ(launcher.LastModCommand(), launcher.Expected(entry.command, entry.options));
-        std::vector<Text> added;
         const auto after = PackagesIn(launcher.ModsFolder());
-        std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
-        ASSERT_EQ(added.size(), entry.chooseTarget ? 0u : 1u) << "a new package in the library unless saved elsewhere";
-        EXPECT_EQ(launcher.Report(L"selectedSource"), entry.chooseTarget ? target : added.front());
-        EXPECT_TRUE(testing::FileExists(launcher.Report(L"selectedSource")));
+        EXPECT_EQ(after.size(), before.size() + (entry.chooseTarget ? 0 : 1)) << "in the library unless saved elsewhere";
+        const Text made = launcher.Report(L"selectedSource");
+        EXPECT_TRUE(entry.chooseTarget ? made == target : after.count(made) == 1 && before.count(made) == 0)
+            << TextToUtf8(made);
+        EXPECT_TRUE(testing::FileExists(made));
     }
 }
 
@@ -342,11 +341,8 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemov
         EXPECT_EQ(box->text,
             kRemoveQuestionStart.Now() + launcher.Install().ModName(1) + L"\n" + package + kRemoveQuestionEnd.Now());
         EXPECT_EQ(GetWindowLongW(GetDlgItem(box->window, IDNO), GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
-        if (entry.message == nullptr) {
-            testing::PressKey(testing::FocusOf(box->window), VK_RETURN);
-        } else {
-            testing::PressMessageBoxButton(box->window, IDYES);
-        }
+        entry.message == nullptr ? testing::PressKey(testing::FocusOf(box->window), VK_RETURN)
+                                 : testing::PressMessageBoxButton(box->window, IDYES);
         ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
         if (entry.message != nullptr) {
             const auto told = launcher.AnswerBox();
