@@ -271,13 +271,29 @@ void UpdateCommandStates(LaunchContext& context)
         {kDeleteModId, states.deleteMod},
         {kStartEditingId, states.startEditing},
     };
-    for (const auto& button : buttons) {
-        EnableWindow(Control(context, button.id), button.enabled ? TRUE : FALSE);
+    // Only what changes is touched: this runs on every keystroke in the search field, and each
+    // enable or caption change is a round of messages and repainting for its control.
+    const auto enable = [](HWND control, bool enabled) {
+        if ((IsWindowEnabled(control) != FALSE) != enabled) {
+            EnableWindow(control, enabled ? TRUE : FALSE);
+        }
+    };
+    // The handles the picker keeps, not GetDlgItem: under Wine each lookup is a server call.
+    for (HWND control : picker.actionButtons) {
+        const int id = GetDlgCtrlID(control);
+        for (const auto& button : buttons) {
+            if (button.id == id) {
+                enable(control, button.enabled);
+            }
+        }
     }
     for (HWND control : {picker.gameFolderEdit, picker.sdkEdit, picker.languageCombo}) {
-        EnableWindow(control, states.pathsAndLanguage ? TRUE : FALSE);
+        enable(control, states.pathsAndLanguage);
     }
-    SetWindowTextW(picker.closeButton, (states.closeCancels ? kCancelButton : kCloseButton).Now().c_str());
+    const Text close = (states.closeCancels ? kCancelButton : kCloseButton).Now();
+    if (WindowTextOf(picker.closeButton) != close) {
+        SetWindowTextW(picker.closeButton, close.c_str());
+    }
 }
 
 void RefreshPickerTexts(LaunchContext& context)
