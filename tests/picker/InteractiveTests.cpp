@@ -16,11 +16,6 @@ namespace {
 using testing::PickerProcess;
 using testing::SampleInstall;
 
-constexpr int kStatusLine = 1005;
-constexpr int kSearch = 1008;
-constexpr int kStartEditing = 1003;
-constexpr int kRefresh = 1014;
-constexpr UINT kInitialLoadMessage = 0x8048;
 
 Text ModCountStatus(const SampleInstall& install)
 {
@@ -48,18 +43,18 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     testing::ScratchDirectory reports(L"interactive-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(picker.TextOf(kStatusLine));
+    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(picker.TextOf(kStatusLineId));
     EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the host's SDK is loaded";
 
     // The search narrows the list to the one Mod of that name, in any case of A to Z.
     Text query = install.ModName(3);
     CharUpperBuffW(query.data(), static_cast<DWORD>(query.size()));
-    picker.Type(kSearch, query);
+    picker.Type(kSearchEditId, query);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(),
         [&] { return SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0) == 1; }));
     picker.ClickRow(0);
-    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)); }));
-    picker.Click(kStartEditing);
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)); }));
+    picker.Click(kStartEditingId);
 
     // The picker steps aside for the progress window, and then the editor stands.
     EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return !IsWindowVisible(picker.Window()); }));
@@ -90,7 +85,7 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
         << TextToUtf8(message);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
     EXPECT_TRUE(picker.WaitForStatus(message));
-    EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)) != FALSE; }))
+    EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)) != FALSE; }))
         << "the picker is usable again";
     EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the SDK, not the workspace";
 
@@ -106,11 +101,11 @@ TEST(Interactive, ClosingDuringALoadCancelsItAndClosesWhenItEnds)
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return install.ToolCalls().size() == 1; }));
-    EXPECT_EQ(picker.TextOf(kStatusLine), L"Reading SDK…");
+    EXPECT_EQ(picker.TextOf(kStatusLineId), L"Reading SDK…");
 
     // A second task is dropped without a trace, whether asked for by message or by command.
-    PostMessageW(picker.Window(), kInitialLoadMessage, 0, 0);
-    picker.Click(kRefresh);
+    PostMessageW(picker.Window(), WM_PICKER_INITIAL_LOAD, 0, 0);
+    picker.Click(kRefreshId);
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u) << "closed once the cancelled load ended";
     EXPECT_EQ(install.ToolCalls().size(), 1u);
@@ -141,28 +136,27 @@ TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSo
     ASSERT_TRUE(picker.WaitForWindow());
     ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
     picker.ClickRow(0);
-    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditing)); }));
+    ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)); }));
 
     // The rows of the last SDK stay in view, but nothing may act on them.
     picker.Type(kGameFolderEditId, L"");
     picker.Type(kSdkEditId, L"");
-    EXPECT_EQ(picker.TextOf(kStatusLine), kApplySelectionStatus.In(false));
-    for (const int command : {kStartEditing, static_cast<int>(kDeleteModId), static_cast<int>(kNewModId),
-             static_cast<int>(kImportModId)}) {
+    EXPECT_EQ(picker.TextOf(kStatusLineId), kApplySelectionStatus.In(false));
+    for (const int command : {kStartEditingId, kDeleteModId, kNewModId, kImportModId}) {
         EXPECT_FALSE(IsWindowEnabled(picker.Control(command))) << command;
     }
-    EXPECT_TRUE(IsWindowEnabled(picker.Control(kRefresh)));
+    EXPECT_TRUE(IsWindowEnabled(picker.Control(kRefreshId)));
     EXPECT_EQ(SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0), static_cast<LRESULT>(install.ModCount()));
 
-    picker.Click(kRefresh);
+    picker.Click(kRefreshId);
     EXPECT_TRUE(testing::WaitUntil(
-        picker.Process(), [&] { return picker.TextOf(kStatusLine) == kChooseSdkPrompt.In(false); }, 10000))
+        picker.Process(), [&] { return picker.TextOf(kStatusLineId) == kChooseSdkPrompt.In(false); }, 10000))
         << "nothing to load: the prompt";
     picker.Type(kSdkEditId, install.SdkPath() + L".gone");
-    picker.Click(kRefresh);
+    picker.Click(kRefreshId);
     EXPECT_TRUE(testing::WaitUntil(
-        picker.Process(), [&] { return picker.TextOf(kStatusLine) == kNoSdkSelectedMessage.In(false); }, 10000))
-        << TextToUtf8(picker.TextOf(kStatusLine));
+        picker.Process(), [&] { return picker.TextOf(kStatusLineId) == kNoSdkSelectedMessage.In(false); }, 10000))
+        << TextToUtf8(picker.TextOf(kStatusLineId));
     EXPECT_FALSE(testing::FindProcessWindow(picker.Process().Id(), L"#32770")) << "told in the status line, no box";
     EXPECT_EQ(install.ToolCalls().size(), 1u) << "no load without an SDK";
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);

@@ -9,6 +9,7 @@
 
 #include "foundation/GdiplusSession.h"
 #include "foundation/Paths.h"
+#include "picker/PickerIds.h"
 #include "picker/PickerTexts.h"
 #include "tool/ToolMessages.h"
 
@@ -23,12 +24,6 @@ namespace {
 using testing::ModForm;
 using testing::WaitUntil;
 
-constexpr int kStatusLine = 1005;
-constexpr int kClose = 1004;
-constexpr int kModList = 1009;
-constexpr int kNewMod = 1010;
-constexpr int kImportMod = 1011;
-constexpr int kDeleteMod = 1012;
 constexpr int kFormCreate = 1;
 constexpr int kFormName = 2101;
 constexpr int kFormAuthor = 2102;
@@ -68,8 +63,8 @@ public:
     const testing::SampleInstall& Install() const { return install_; }
     testing::PickerProcess& Picker() { return *picker_; }
     testing::ChildProcess& Process() { return picker_->Process(); }
-    Text Status() const { return picker_->TextOf(kStatusLine); }
-    std::size_t Rows() const { return static_cast<std::size_t>(SendMessageW(picker_->Control(kModList), LB_GETCOUNT, 0, 0)); }
+    Text Status() const { return picker_->TextOf(kStatusLineId); }
+    std::size_t Rows() const { return static_cast<std::size_t>(SendMessageW(picker_->Control(kModListId), LB_GETCOUNT, 0, 0)); }
     std::size_t ToolRuns() const { return install_.ToolCalls().size(); }
     Text Report(TextView key) const { return FindJsonMember(picker_->Report(), key).text; }
     Text ModsFolder() const { return ParentPath(install_.ModPackage(0)); }
@@ -101,8 +96,8 @@ public:
     {
         picker_->ClickRow(row);
         return WaitUntil(Process(), [&] {
-            return SendMessageW(picker_->Control(kModList), LB_GETCURSEL, 0, 0) == row &&
-                   IsWindowEnabled(picker_->Control(kDeleteMod));
+            return SendMessageW(picker_->Control(kModListId), LB_GETCURSEL, 0, 0) == row &&
+                   IsWindowEnabled(picker_->Control(kDeleteModId));
         }) ? install_.ModPackage(static_cast<std::size_t>(row)) : Text();
     }
 
@@ -177,7 +172,7 @@ TEST(ModFiles, CreateAndImportReachTheToolWithEachValueQuotedOnceAndTheListSelec
         const auto before = PackagesIn(launcher.ModsFolder());
         const std::size_t rows = launcher.Rows();
         if (entry.typeRow < 0) {
-            launcher.Picker().Click(kImportMod);
+            launcher.Picker().Click(kImportModId);
             ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), source));
         } else {
             ModForm form(launcher.Picker());
@@ -334,7 +329,7 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemov
         SCOPED_TRACE(entry.label);
         entry.change(package);
         const DWORD attributes = GetFileAttributesW(package.c_str());
-        launcher.Picker().Click(kDeleteMod);
+        launcher.Picker().Click(kDeleteModId);
         const auto box = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
         ASSERT_TRUE(box) << "the question comes whatever the file has become";
         EXPECT_EQ(box->title, kRemoveCaption.Now());
@@ -357,7 +352,7 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemov
         EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
     }
     EXPECT_EQ(launcher.ToolRuns(), toolRuns) << "the list was never read again";
-    EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteMod)));
+    EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kDeleteModId)));
 }
 
 TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
@@ -393,7 +388,7 @@ TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
         launcher.Install().SetToolScenario(entry.scenario);
         const std::size_t toolRuns = launcher.ToolRuns();
         if (entry.import) {
-            launcher.Picker().Click(kImportMod);
+            launcher.Picker().Click(kImportModId);
             ASSERT_TRUE(testing::AnswerFileChooser(launcher.Process(), kImportTitle.Now(), entry.path));
         } else {
             ModForm form(launcher.Picker());
@@ -409,8 +404,8 @@ TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
         Text shown = entry.words;
         if (entry.cancel) {
             ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return launcher.ToolRuns() == toolRuns + 1; }));
-            EXPECT_EQ(launcher.Picker().TextOf(kClose), kCancelButton.Now());
-            launcher.Picker().Click(kClose);
+            EXPECT_EQ(launcher.Picker().TextOf(kCloseId), kCancelButton.Now());
+            launcher.Picker().Click(kCloseId);
         } else if (entry.words != status) {
             const auto box = launcher.AnswerBox();
             EXPECT_EQ(box.title, kOperationFailedCaption.Now());
@@ -423,9 +418,9 @@ TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
         EXPECT_EQ(launcher.ToolRuns() > toolRuns, entry.toolRan);
         EXPECT_EQ(PackagesIn(launcher.ModsFolder()), before) << "no package in the library";
         EXPECT_EQ(testing::ReadFileBytes(existing), "kept");
-        EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModList), LB_GETCURSEL, 0, 0), 1);
+        EXPECT_EQ(SendMessageW(launcher.Picker().Control(kModListId), LB_GETCURSEL, 0, 0), 1);
         EXPECT_EQ(launcher.Report(L"modCount"), DecimalText(launcher.Install().ModCount()));
-        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kNewMod))) << "the picker takes commands again";
+        EXPECT_TRUE(IsWindowEnabled(launcher.Picker().Control(kNewModId))) << "the picker takes commands again";
         testing::ExpectNoToolRunning(launcher.Install().ToolCalls());
     }
 }
