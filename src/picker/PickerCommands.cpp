@@ -12,6 +12,7 @@
 #include "picker/ModRemoval.h"
 #include "picker/PickerIds.h"
 #include "picker/PickerReport.h"
+#include "picker/PickerControls.h"
 #include "picker/PickerTexts.h"
 #include "picker/Theme.h"
 
@@ -22,7 +23,7 @@ namespace {
 
 HWND Control(const LaunchContext& context, int id)
 {
-    return GetDlgItem(context.picker.pickerWindow, id);
+    return FindPickerControl(context.picker, id);
 }
 
 // Sets an edit's text after the record's field has been set to it, so that the edit's change
@@ -278,7 +279,6 @@ void UpdateCommandStates(LaunchContext& context)
             EnableWindow(control, enabled ? TRUE : FALSE);
         }
     };
-    // The handles the picker keeps, not GetDlgItem: under Wine each lookup is a server call.
     for (HWND control : picker.actionButtons) {
         const int id = GetDlgCtrlID(control);
         for (const auto& button : buttons) {

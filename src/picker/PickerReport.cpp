@@ -4,6 +4,7 @@
 #include "foundation/Files.h"
 #include "foundation/GdiSelection.h"
 #include "picker/PickerCommands.h"
+#include "picker/PickerControls.h"
 #include "picker/PickerIds.h"
 #include "picker/PickerTexts.h"
 
@@ -135,7 +136,7 @@ void WritePickerReport(LaunchContext& context)
     const PickerState& picker = context.picker;
     const HWND window = picker.pickerWindow;
     const ModEntry* selected = SelectedMod(context);
-    const HWND deleteButton = GetDlgItem(window, kDeleteModId);
+    const HWND deleteButton = FindPickerControl(picker, kDeleteModId);
 
     PickerReportValues values;
     values.selectedSource = selected != nullptr ? selected->modProject : Text();

@@ -288,6 +288,12 @@ void CreatePickerFonts(LaunchContext& context)
 
 void StyleEditControl(HWND edit, std::uint32_t dpi)
 {
+    // A styled edit keeps its frame and margins in step with its font and size by itself, so
+    // styling it again at the same DPI would only repeat two window-manager round trips.
+    // The DPI property is set only here, just before subclassing.
+    if (dpi != 0 && PropertyNumber(edit, kControlDpiProperty) == dpi) {
+        return;
+    }
     if (dpi != 0) {
         SetPropW(edit, kControlDpiProperty, reinterpret_cast<HANDLE>(static_cast<UINT_PTR>(dpi)));
     }
