@@ -22,20 +22,6 @@ Text ModCountStatus(const SampleInstall& install)
     return DecimalText(install.ModCount()) + L" Mods";
 }
 
-// The text of the box the picker shows, answered with OK; empty when none came.
-Text AnswerBox(PickerProcess& picker, Text* caption = nullptr)
-{
-    const auto box = testing::WaitForMessageBox(picker.Process().Id(), picker.Process().Handle(), 60000);
-    if (!box) {
-        return {};
-    }
-    if (caption != nullptr) {
-        *caption = box->title;
-    }
-    testing::PressMessageBoxButton(box->window, IDOK);
-    return box->text;
-}
-
 TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
 {
     SampleInstall install(L"interactive");
@@ -59,7 +45,7 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     // The picker steps aside for the progress window, and then the editor stands.
     EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return !IsWindowVisible(picker.Window()); }));
     EXPECT_TRUE(testing::WaitUntil(picker.Process(),
-        [&] { return testing::FindProcessWindow(picker.Process().Id(), L"KorvaneStartupProgress") != nullptr; }));
+        [&] { return testing::FindVisibleWindow(picker.Process().Id(), L"KorvaneStartupProgress") != nullptr; }));
     EXPECT_EQ(picker.WaitForExit(), 42u);
     const auto records = install.EditorRecords();
     ASSERT_EQ(records.size(), 1u);
@@ -78,9 +64,9 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
     ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
     picker.ClickRow(1, true);  // a double-click starts editing
 
-    Text caption;
-    const Text message = AnswerBox(picker, &caption);
-    EXPECT_EQ(caption, L"Korvane operation failed");
+    const auto box = picker.AnswerBox();
+    const Text& message = box.text;
+    EXPECT_EQ(box.title, L"Korvane operation failed");
     EXPECT_EQ(message.rfind(L"Editor startup failed (exit code 3). Check the startup log in Saved/Logs.\n", 0), 0u)
         << TextToUtf8(message);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
@@ -119,9 +105,9 @@ TEST(Interactive, AToolAnswerThatIsNoPreviewGivesTheOneMessage)
     testing::ScratchDirectory reports(L"interactive-schema-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    Text caption;
-    EXPECT_EQ(AnswerBox(picker, &caption), L"Could not read the tool JSON result.");
-    EXPECT_EQ(caption, L"Korvane operation failed");
+    const auto box = picker.AnswerBox();
+    EXPECT_EQ(box.text, L"Could not read the tool JSON result.");
+    EXPECT_EQ(box.title, L"Korvane operation failed");
     EXPECT_TRUE(picker.WaitForStatus(L"Could not read the tool JSON result."));
     EXPECT_EQ(FindJsonMember(picker.Report(), L"modCount").text, L"0");
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
@@ -157,7 +143,7 @@ TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSo
     EXPECT_TRUE(testing::WaitUntil(
         picker.Process(), [&] { return picker.TextOf(kStatusLineId) == kNoSdkSelectedMessage.In(false); }, 10000))
         << TextToUtf8(picker.TextOf(kStatusLineId));
-    EXPECT_FALSE(testing::FindProcessWindow(picker.Process().Id(), L"#32770")) << "told in the status line, no box";
+    EXPECT_FALSE(testing::FindVisibleWindow(picker.Process().Id(), L"#32770")) << "told in the status line, no box";
     EXPECT_EQ(install.ToolCalls().size(), 1u) << "no load without an SDK";
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u);

@@ -42,23 +42,10 @@ public:
     {
         picker_.emplace(install_.Launcher(), std::vector<Text>{}, reports_.Path());
         return picker_->WaitForWindow() && WaitUntil(Process(), [&] { return Rows() == install_.ModCount(); }) &&
-               Settle();
+               picker_->Settle();
     }
 
-    // Waits until the picker's window thread has finished what it was doing: a message sent now
-    // is taken only between commands. The report is read only after this, never while the
-    // launcher may be writing it, as it writes the report without sharing.
-    bool Settle()
-    {
-        DWORD_PTR ignored = 0;
-        return SendMessageTimeoutW(picker_->Window(), WM_NULL, 0, 0, SMTO_BLOCK, 60000, &ignored) != 0;
-    }
-
-    // Waits until the status line reads `status` and the command that wrote it is done.
-    bool WaitForStatus(TextView status)
-    {
-        return WaitUntil(Process(), [&] { return Status() == status; }) && Settle() && Status() == status;
-    }
+    bool WaitForStatus(TextView status) { return picker_->WaitForStatus(status); }
 
     const testing::SampleInstall& Install() const { return install_; }
     testing::PickerProcess& Picker() { return *picker_; }
@@ -99,18 +86,6 @@ public:
             return SendMessageW(picker_->Control(kModListId), LB_GETCURSEL, 0, 0) == row &&
                    IsWindowEnabled(picker_->Control(kDeleteModId));
         }) ? install_.ModPackage(static_cast<std::size_t>(row)) : Text();
-    }
-
-    // The next box the launcher shows, answered with `button`; empty when none came.
-    testing::MessageBoxSeen AnswerBox(int button = IDOK)
-    {
-        const auto box = testing::WaitForMessageBox(Process().Id(), Process().Handle(), 60000);
-        if (!box) {
-            return {};
-        }
-        testing::PressMessageBoxButton(box->window, button);
-        WaitUntil(Process(), [&] { return IsWindow(box->window) == FALSE; });
-        return *box;
     }
 
 private:
@@ -340,7 +315,7 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotOrMayNotRemov
                                  : testing::PressMessageBoxButton(box->window, IDYES);
         ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(box->window) == FALSE; }));
         if (entry.message != nullptr) {
-            const auto told = launcher.AnswerBox();
+            const auto told = launcher.Picker().AnswerBox();
             EXPECT_EQ(told.text, entry.message->Now());
             EXPECT_EQ(told.title, kOperationFailedCaption.Now());
         }
@@ -407,7 +382,7 @@ TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
             EXPECT_EQ(launcher.Picker().TextOf(kCloseId), kCancelButton.Now());
             launcher.Picker().Click(kCloseId);
         } else if (entry.words != status) {
-            const auto box = launcher.AnswerBox();
+            const auto box = launcher.Picker().AnswerBox();
             EXPECT_EQ(box.title, kOperationFailedCaption.Now());
             EXPECT_TRUE(entry.words == entry.path ? box.text.find(entry.words) != Text::npos : box.text == entry.words)
                 << TextToUtf8(box.text);

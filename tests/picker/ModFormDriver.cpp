@@ -14,7 +14,7 @@ constexpr int kFormChooseImageId = 2203;
 bool AnswerFileChooser(const ChildProcess& process, TextView title, TextView path)
 {
     HWND chooser = nullptr;
-    WaitUntil(process, [&] { return (chooser = FindProcessWindow(process.Id(), L"#32770", title)) != nullptr; }, 30000);
+    WaitUntil(process, [&] { return (chooser = FindVisibleWindow(process.Id(), L"#32770", title)) != nullptr; }, 30000);
     if (chooser == nullptr) {
         return false;
     }
@@ -71,7 +71,7 @@ ModForm::ModForm(PickerProcess& picker) : picker_(picker)
 {
     picker.Click(kNewModId);
     WaitUntil(picker.Process(),
-        [this] { return (form_ = FindProcessWindow(picker_.Process().Id(), L"KorvaneLauncherForm")) != nullptr; });
+        [this] { return (form_ = FindVisibleWindow(picker_.Process().Id(), L"KorvaneLauncherForm")) != nullptr; });
 }
 
 Text ModForm::TextOf(int id) const

@@ -11,37 +11,7 @@ namespace {
 constexpr int kModListId = 1009;
 constexpr int kStatusLineId = 1005;
 
-struct WindowSearch {
-    DWORD processId;
-    Text className;
-    std::optional<Text> title;
-    HWND found;
-};
-
 }  // namespace
-
-HWND FindProcessWindow(DWORD processId, TextView className, std::optional<TextView> title)
-{
-    WindowSearch search{processId, Text(className), title ? std::optional<Text>(Text(*title)) : std::nullopt, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-            auto& wanted = *reinterpret_cast<WindowSearch*>(parameter);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            wchar_t name[128] = {};
-            GetClassNameW(window, name, 128);
-            wchar_t caption[256] = {};
-            GetWindowTextW(window, caption, 256);
-            if (owner == wanted.processId && wanted.className == name && (!wanted.title || *wanted.title == caption) &&
-                IsWindowVisible(window)) {
-                wanted.found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
 
 bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs)
 {
@@ -69,7 +39,7 @@ PickerProcess::PickerProcess(
 
 bool PickerProcess::WaitForWindow(DWORD timeoutMs)
 {
-    WaitUntil(process_, [this] { return (window_ = FindProcessWindow(process_.Id(), L"KorvaneLauncherWindow")) != nullptr; },
+    WaitUntil(process_, [this] { return (window_ = FindVisibleWindow(process_.Id(), L"KorvaneLauncherWindow")) != nullptr; },
         timeoutMs);
     return window_ != nullptr;
 }
@@ -115,11 +85,30 @@ JsonValue PickerProcess::Report() const
     }
 }
 
+bool PickerProcess::Settle() const
+{
+    DWORD_PTR ignored = 0;
+    return SendMessageTimeoutW(window_, WM_NULL, 0, 0, SMTO_BLOCK, 60000, &ignored) != 0;
+}
+
 bool PickerProcess::WaitForStatus(TextView status, DWORD timeoutMs)
 {
     // The status line itself, not the report: a read of the report at the moment the launcher
-    // rewrites it makes that write fail, since the report is written without sharing.
-    return WaitUntil(process_, [&] { return TextOf(kStatusLineId) == status; }, timeoutMs);
+    // rewrites it makes that write fail, since the report is written without sharing. Once the
+    // command is done, the report is safe to read.
+    return WaitUntil(process_, [&] { return TextOf(kStatusLineId) == status; }, timeoutMs) && Settle() &&
+           TextOf(kStatusLineId) == status;
+}
+
+MessageBoxSeen PickerProcess::AnswerBox(int button)
+{
+    const auto box = WaitForMessageBox(process_.Id(), process_.Handle(), 60000);
+    if (!box) {
+        return {};
+    }
+    PressMessageBoxButton(box->window, button);
+    WaitUntil(process_, [&] { return IsWindow(box->window) == FALSE; });
+    return *box;
 }
 
 DWORD PickerProcess::WaitForExit(DWORD timeoutMs)

@@ -17,10 +17,6 @@
 
 namespace korvane::testing {
 
-// The first visible top-level window of a class in a process, with that title when one is
-// given, or null.
-HWND FindProcessWindow(DWORD processId, TextView className, std::optional<TextView> title = std::nullopt);
-
 // Polls until `ready` holds or `timeoutMs` pass, or the process ends: a window of another process
 // gives nothing to wait on. True when it held.
 bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs = 60000);
@@ -45,8 +41,13 @@ public:
     void ClickRow(int row, bool doubleClick = false) const;
     // The last report the launcher wrote; an empty value before the first.
     JsonValue Report() const;
-    // Waits until the status line reads `status`.
+    // Waits until the picker's window thread has finished what it was doing: a message sent now
+    // is taken only between commands.
+    bool Settle() const;
+    // Waits until the status line reads `status` and the command that wrote it is done.
     bool WaitForStatus(TextView status, DWORD timeoutMs = 60000);
+    // The next box the launcher shows, answered with `button`; empty when none came.
+    MessageBoxSeen AnswerBox(int button = IDOK);
     // Waits for the launcher's end; its exit code, or 0xFFFFFFFF when it did not end.
     DWORD WaitForExit(DWORD timeoutMs = 120000);
 

@@ -8,23 +8,9 @@ namespace {
 struct Search {
     DWORD processId = 0;
     TextView className;
+    std::optional<TextView> title;
     HWND found = nullptr;
 };
-
-BOOL CALLBACK FindWindowOfClass(HWND window, LPARAM parameter)
-{
-    auto* search = reinterpret_cast<Search*>(parameter);
-    DWORD owner = 0;
-    GetWindowThreadProcessId(window, &owner);
-    wchar_t className[128] = {};
-    const int length = GetClassNameW(window, className, 128);
-    if (owner == search->processId && IsWindowVisible(window) &&
-        EqualsIgnoringCase(TextView(className, static_cast<size_t>(length)), search->className)) {
-        search->found = window;
-        return FALSE;
-    }
-    return TRUE;
-}
 
 Text WindowText(HWND window)
 {
@@ -35,11 +21,27 @@ Text WindowText(HWND window)
     return text;
 }
 
+BOOL CALLBACK FindWindowOfClass(HWND window, LPARAM parameter)
+{
+    auto* search = reinterpret_cast<Search*>(parameter);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    wchar_t className[128] = {};
+    const int length = GetClassNameW(window, className, 128);
+    if (owner == search->processId && IsWindowVisible(window) &&
+        EqualsIgnoringCase(TextView(className, static_cast<size_t>(length)), search->className) &&
+        (!search->title || WindowText(window) == *search->title)) {
+        search->found = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
 }  // namespace
 
-HWND FindVisibleWindow(DWORD processId, TextView className)
+HWND FindVisibleWindow(DWORD processId, TextView className, std::optional<TextView> title)
 {
-    Search search{processId, className, nullptr};
+    Search search{processId, className, title, nullptr};
     EnumWindows(FindWindowOfClass, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }

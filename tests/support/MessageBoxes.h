@@ -18,8 +18,9 @@ struct MessageBoxSeen {
     Text text;
 };
 
-// A visible top-level window of class `className` (case ignored) of process `processId`, or null.
-HWND FindVisibleWindow(DWORD processId, TextView className);
+// A visible top-level window of class `className` (case ignored) of process `processId`, with
+// that title when one is given, or null.
+HWND FindVisibleWindow(DWORD processId, TextView className, std::optional<TextView> title = std::nullopt);
 
 // Waits until process `processId` shows such a window, or `process` (a handle to wait on, or
 // null) ends, or `timeoutMs` passes; null unless shown. Polls the window list: there is nothing
