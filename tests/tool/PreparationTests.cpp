@@ -125,7 +125,6 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
             L"KorvaneTool failed (exit code 5).", none},
         // The failed runs above got as far as making the SDK cache: from here on it is found.
         // Each rule of the answer has its case in the selection file tests.
-        {LR"({"prepare":{"selectionFile":"twoLines"}})", 0, L"", true, false, kWorkspaceCheck, 1},
         {LR"({"prepare":{"selectionFile":"missing"}})", 0, L"", true, false, kWorkspaceCheck, 1},
         {LR"({"prepare":{"selectionFile":"twoLines"}})", 0, L"", true, true, kWorkspaceCheckMessage.In(true), 1},
         {L"", 0, install.ModId(2), true, false, kWorkspaceCheck, 1},  // an answer for another Mod
