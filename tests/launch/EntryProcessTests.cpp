@@ -24,10 +24,9 @@ TEST(EntryProcess, InstallChecksAndProjectFileGiveTheirExitCodes)
         DWORD exitCode;
         const wchar_t* box;
     } rows[] = {
-        {Editor::Missing, L"install", check, 2, L""},
         {Editor::Folder, L"install", check, 2, L""},
         {Editor::File, L"Korvane \x7F16\x8F91\x5668", check, 8, L""},
-        {Editor::Missing, L"\x00C9" L"diteur", check, 2, L""},  // the editor is checked first
+        {Editor::Missing, L"\x00C9" L"diteur", check, 2, L""},  // the editor is checked first, and is missing
         // -KorvaneEmptyHost clears the SDK wherever it stood.
         {Editor::File, L"install", {L"-KorvaneLauncherCheck", L"-sdk=C:\\x.kvsdk", L"-KorvaneEmptyHost"}, 0, L""},
         {Editor::File, L"install", {L"-KorvaneLauncherCheck", L"Game.uproject"}, 3, L""},

@@ -18,7 +18,7 @@
 namespace korvane {
 namespace {
 
-// The boxes' wording is checked with every other text; here, which box a run shows.
+// Which box a run shows; the wording is the product's own.
 const Text kKV1830 = kSessionInUseMessage.In(false);
 const Text kClosing = kSessionClosingMessage.In(false);
 

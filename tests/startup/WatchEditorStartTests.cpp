@@ -1,6 +1,6 @@
 // Watching a real child process that plays the starting editor (startup_child.exe, built
-// beside these tests): its log and its windows. Its early end and a cancel are checked on
-// whole launches.
+// beside these tests): its log and its windows. Its early end and a cancel, with the editor
+// ended by the cancelled code, are checked on whole launches.
 #include "TestSupport.h"
 
 #include "foundation/Paths.h"
@@ -75,18 +75,6 @@ TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
             L"Initializing the Editor engine…", L"Engine initialized; preparing the Editor interface…"}));
     EXPECT_FALSE(cancel.load());
     EXPECT_EQ(WaitForSingleObject(child.Handle(), 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the editor runs on";
-}
-
-// The start-up program's own proof that a cancel leaves no editor running: the launch tests
-// see it only through a whole launcher.
-TEST(WatchEditorStart, ACancelEndsTheEditorWithTheCancelledCode)
-{
-    std::atomic<bool> cancel{true};
-    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
-    testing::ChildProcess child = StartChild({L"--window=800x600:SplashScreen", L"--stay"});
-    EXPECT_FALSE(WatchEditorStart(monitor, child.Handle(), child.Id(), cancel, L"", 0));
-    ASSERT_EQ(WaitForSingleObject(child.Handle(), 0), WAIT_OBJECT_0) << "the editor was left running";
-    EXPECT_EQ(child.ExitCode(), 1223u);
 }
 
 TEST(WatchEditorStart, OldLogOrNoLogLeavesOnlyTheWindowSearch)
