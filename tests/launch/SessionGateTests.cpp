@@ -18,7 +18,7 @@
 namespace korvane {
 namespace {
 
-// Which box a run shows; the wording is the product's own.
+// The boxes' wording is checked with every other text; here, which box a run shows.
 const Text kKV1830 = kSessionInUseMessage.In(false);
 const Text kClosing = kSessionClosingMessage.In(false);
 
