@@ -3,6 +3,7 @@
 // until the launcher has ended. Once with a tool that only hangs, once with a tool that has also
 // left a process of its own running, which the launcher ends with the tool's job.
 #include "BenchTiming.h"
+#include "ShippedLauncher.h"
 #include "MessageBoxes.h"
 #include "SampleInstall.h"
 #include "TestSupport.h"
@@ -84,6 +85,7 @@ bool CancelOnce(const testing::SampleInstall& install, double& toBox, double& to
 int wmain()
 {
     testing::SampleInstall install(L"cancel-bench");
+    bench::UseShippedLauncher(install.Launcher());
     const struct {
         const char* name;
         const wchar_t* scenario;

@@ -3,6 +3,7 @@
 // with the very command line it was given), is the launcher's own share. Then, with an editor
 // that stays up, the launcher's CPU and private memory while it waits for the editor.
 #include "BenchTiming.h"
+#include "ShippedLauncher.h"
 #include "SampleInstall.h"
 #include "TestSupport.h"
 
@@ -60,6 +61,7 @@ std::vector<Text> DirectEdit(const testing::SampleInstall& install)
 void MeasureLaunchShare()
 {
     testing::SampleInstall install(L"bench-direct-edit");
+    bench::UseShippedLauncher(install.Launcher());
     install.SetToolScenario(LR"({"*":{}})");
     install.SetEditorScenario(LR"({"mode":"normal","runMs":200,"splashMs":0,"logPaceMs":0,"shaderLines":0})");
     testing::ProcessOptions options;
@@ -114,6 +116,7 @@ std::uint64_t CpuTime100ns(HANDLE process)
 void MeasureWhileWaiting()
 {
     testing::SampleInstall install(L"bench-direct-edit-wait");
+    bench::UseShippedLauncher(install.Launcher());
     install.SetToolScenario(LR"({"*":{}})");
     install.SetEditorScenario(LR"({"mode":"normal","runMs":8000,"splashMs":0,"logPaceMs":0,"shaderLines":0})");
     testing::ProcessOptions options;

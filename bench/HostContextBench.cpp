@@ -1,6 +1,7 @@
 // Times -KorvaneResolveHostContext as a whole process against a program that does nothing,
 // both started the same way from the same folder, and prints the ratio of their medians.
 #include "BenchTiming.h"
+#include "ShippedLauncher.h"
 #include "TestSupport.h"
 
 #include "foundation/Files.h"
@@ -56,7 +57,7 @@ struct SampleInstall {
             Write(JoinPath(JoinPath(game, folder), L"placeholder.bin"), "x");
         }
         std::filesystem::create_directories(std::filesystem::path(root));
-        CopyFileW(testing::BuiltLauncherPath().c_str(), JoinPath(root, L"KorvaneEditor.exe").c_str(), FALSE);
+        CopyFileW(bench::ShippedLauncherPath().c_str(), JoinPath(root, L"KorvaneEditor.exe").c_str(), FALSE);
         CopyFileW(JoinPath(testing::BinaryDirectory(), L"bare_program.exe").c_str(),
             JoinPath(root, L"bare_program.exe").c_str(), FALSE);
         Write(JoinPath(root, L"Engine\\Binaries\\Win64\\UnrealEditor.exe"), "MZ");

@@ -3,6 +3,7 @@
 // the picker's private memory at idle with that catalogue on screen, beside the bare window's.
 // Targets: both ratios under 1.5.
 #include "BenchTiming.h"
+#include "ShippedLauncher.h"
 #include "TestSupport.h"
 #include "common/SampleLayout.h"
 
@@ -36,7 +37,7 @@ bool LayOut(const Text& root, standins::SampleInstallPaths& paths)
 {
     standins::SampleInstallOptions options;
     options.root = root;
-    options.launcherSource = testing::BuiltLauncherPath();
+    options.launcherSource = bench::ShippedLauncherPath();
     options.toolSource = testing::StandinPath(L"KorvaneTool.exe");
     options.editorSource = testing::StandinPath(L"UnrealEditor.exe");
     options.modCount = standins::SampleModCount();

@@ -3,6 +3,7 @@
 // reports the end of its first paint. The launcher runs -KorvaneStartupPreview with a report;
 // bare_window.exe writes its own number. Target: the ratio of the medians stays under 1.5.
 #include "BenchTiming.h"
+#include "ShippedLauncher.h"
 #include "TestSupport.h"
 
 #include "foundation/Json.h"
@@ -29,7 +30,7 @@ bool PreviewFirstPaint(const testing::ScratchDirectory& scratch, int round, doub
     const Text report = scratch / (L"startup-" + DecimalText(static_cast<std::uint64_t>(round)) + L".json");
     testing::ProcessOptions options;
     options.hidden = false;
-    const testing::ProcessResult result = testing::RunProcess(testing::BuiltLauncherPath(),
+    const testing::ProcessResult result = testing::RunProcess(bench::ShippedLauncherPath(),
         {L"-KorvaneStartupPreview", L"-KorvaneStartupPreviewMs=250", L"-KorvaneStartupReport=" + report}, options);
     if (result.exitCode != 0) {
         return false;
