@@ -10,9 +10,9 @@
 #include "picker/CreateModDialog.h"
 #include "picker/FileChoosers.h"
 #include "picker/ModRemoval.h"
+#include "picker/PickerControls.h"
 #include "picker/PickerIds.h"
 #include "picker/PickerReport.h"
-#include "picker/PickerControls.h"
 #include "picker/PickerTexts.h"
 #include "picker/Theme.h"
 

@@ -6,14 +6,9 @@
 
 #include <windows.h>
 
-#include <vector>
-
 namespace korvane {
 
-// Every control but the tooltip.
-std::vector<HWND> PickerControls(const PickerState& picker);
-
-// The control with this identifier, or null.
+// The control with this identifier (any but the tooltip, which has none), or null.
 HWND FindPickerControl(const PickerState& picker, int id);
 
 }  // namespace korvane
