@@ -20,9 +20,8 @@ TEST(HostContext, InsideAGameTheCommandLineAndConfigurationComeFirstAndASelectio
     const ScratchInstall install(L"context-in-game", L"Title\\Install");
     const Text game = install / L"Title", storedSdk = install / L"Title\\Mods\\Deep\\Stored.kvsdk";
     const Text otherSdk = install / L"Other\\Other.kvsdk";
-    MakeGameInstall(game, L"Title.exe");
-    MakeTree(install.ScratchPath(), {L"Title\\Title.kvsdk", L"Title\\Mods\\Deep\\Stored.kvsdk", L"Title\\Folder.kvsdk\\",
-        L"Other\\Other.kvsdk", L"Outside.kvsdk", L"Elsewhere\\Linked.kvsdk"});
+    MakeTree(install.ScratchPath(), {L"Title\\Title.exe", L"Title\\Title.kvsdk", L"Title\\Mods\\Deep\\Stored.kvsdk",
+        L"Title\\Folder.kvsdk\\", L"Other\\Other.kvsdk", L"Outside.kvsdk", L"Elsewhere\\Linked.kvsdk"});
     const auto stored = [&](TextView environment, TextView gameDirectory, TextView sdk) {
         return SelectionBytes(install.Root(), environment, gameDirectory, sdk);
     };
@@ -63,56 +62,48 @@ TEST(HostContext, InsideAGameTheCommandLineAndConfigurationComeFirstAndASelectio
     install.ExpectReport({}, install / L"Other", otherSdk, L"packaged");
 }
 
-// The game's own SDK when nothing is stored is seen as the fall-back of each refused selection above.
-TEST(HostContext, OnlyAGameAroundTheInstallWithOneSdkGivesIt)
+// Outside a game only a stored selection sets anything: as it stands in the file, or nothing when
+// refused. A game around the install gives its own SDK only when it has exactly one (as the
+// fall-back of each refused selection above shows).
+TEST(HostContext, OutsideAGameOnlyAStoredSelectionSetsAnything)
 {
-    ScratchInstall install(L"context-parent", L"Title\\Install");
-    const Text game = install / L"Title";
-    Touch(game + L"\\A.kvsdk");
-    install.ExpectReport({}, L"", L"", L"");  // a parent that is no game is not searched
-    MakeGameInstall(game, L"Title.exe");
-    Touch(game + L"\\B.kvsdk");
-    install.ExpectReport({}, L"", L"", L"");  // nor is a game whose SDK is ambiguous taken
-
-    ScratchInstall inProject(L"context-project", L"Game\\Install");
-    const Text project = inProject / L"Game";
+    ScratchInstall install(L"context-outside", L"Title\\Install");
+    const Text game = install / L"Title", project = install / L"Project", loose = install / L"Loose\\Loose.kvsdk";
     MakeGameProject(project);
-    Touch(project + L"\\Sdk\\Game.kvsdk");
-    inProject.ExpectReport({}, project, project + L"\\Sdk\\Game.kvsdk", L"developer");
-}
-
-// Outside a game there is no fall-back: a refused selection leaves nothing set.
-TEST(HostContext, AStoredSelectionOutsideAGame)
-{
-    ScratchInstall free(L"context-stored-free");
-    const Text project = free / L"Project";
-    const Text loose = free / L"Loose\\Loose.kvsdk";
-    MakeGameProject(project);
-    MakeGameInstall(free / L"Games\\Far", L"Far.exe");
-    MakeTree(free.ScratchPath(), {L"Games\\Far\\Far.kvsdk", L"Plain\\Plain.kvsdk", L"Loose\\Loose.kvsdk"});
-    const auto selection = [&](TextView environment, TextView game, TextView sdk) {
-        return SelectionBytes(free.Root(), environment, game, sdk);
+    MakeTree(install.ScratchPath(), {L"Title\\A.kvsdk", L"Games\\Far\\Far.exe", L"Games\\Far\\Far.kvsdk",
+        L"Plain\\Plain.kvsdk", L"Loose\\Loose.kvsdk"});
+    const auto selection = [&](TextView environment, TextView gameDirectory, TextView sdk) {
+        return SelectionBytes(install.Root(), environment, gameDirectory, sdk);
     };
     // Values are taken as they stand in the file, not normalised.
-    const Text farGame = free.ScratchPath() + L"/Games/Far";
-    const Text farSdk = free.ScratchPath() + L"/Games/Far/./Far.kvsdk";
+    const Text farGame = install.ScratchPath() + L"/Games/Far", farSdk = farGame + L"/./Far.kvsdk";
     const struct {
         Bytes selection;
         Text game, sdk, environment;
     } rows[] = {
-        {SelectionBytes(free.Root() + L"\\", L"packaged", farGame, farSdk), farGame, farSdk, L"packaged"},
+        {SelectionBytes(install.Root() + L"\\", L"packaged", farGame, farSdk), farGame, farSdk, L"packaged"},
         {PaddedTo(selection(L"standalone", L"", loose), 65536), L"", loose, L""},  // no game and no word
         {selection(L"developer", project, loose), project, loose, L"developer"},  // its SDK may lie anywhere
-        {selection(L"packaged", free / L"Plain", free / L"Plain\\Plain.kvsdk"), L"", L"", L""},  // no game
+        // No game; nor is the parent, which is no game either, searched.
+        {selection(L"packaged", install / L"Plain", install / L"Plain\\Plain.kvsdk"), L"", L"", L""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.selection.substr(0, 200));
-        free.WriteSelection(row.selection);
-        free.ExpectReport({}, row.game, row.sdk, row.environment);
+        install.WriteSelection(row.selection);
+        install.ExpectReport({}, row.game, row.sdk, row.environment);
     }
+    MakeTree(game, {L"Title.exe", L"B.kvsdk"});
+    install.ExpectReport({}, L"", L"", L"");  // a game whose SDK is ambiguous
+
+    ScratchInstall inProject(L"context-project", L"Game\\Install");
+    const Text gameProject = inProject / L"Game";
+    MakeGameProject(gameProject);
+    Touch(gameProject + L"\\Sdk\\Game.kvsdk");
+    inProject.ExpectReport({}, gameProject, gameProject + L"\\Sdk\\Game.kvsdk", L"developer");
 }
 
-TEST(LaunchSelectionPath, IsKeyedByTheFoldedNormalisedRoot)
+// Where the selection of an install lives, what a save refuses without writing, and the record it writes.
+TEST(LaunchSelection, IsKeyedByTheFoldedNormalisedRootAndSavedWholeOrNotAtAll)
 {
     for (const wchar_t* root : {L"c:\\editor", L"C:\\EDITOR", L"c:/editor/"}) {
         EXPECT_EQ(InstallKey(root), 8760405274452771557ull) << TextToUtf8(root);
@@ -122,39 +113,30 @@ TEST(LaunchSelectionPath, IsKeyedByTheFoldedNormalisedRoot)
     EXPECT_NE(InstallKey(L"c:\\\x0100"), InstallKey(L"c:\\\x0001"));
     EXPECT_EQ(LaunchSelectionPath(L"C:\\Editor\\"),
         LocalAppDataFolder() + L"\\Korvane\\Launchers\\8760405274452771557\\selection.json");
-}
 
-TEST(SaveLaunchSelection, RefusesWithoutWritingAndOtherwiseWritesTheRecordByteForByte)
-{
     const ScratchInstall install(L"save");
     const Text root = install.Root(), game = install / L"\x6E38\x620F Q", any = install / L"Elsewhere\\Any.kvsdk";
-    MakeGameInstall(game);
     MakeGameProject(install / L"Project");
-    MakeTree(install.ScratchPath(), {L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\", L"\x6E38\x620F QX\\x.kvsdk",
-        L"\x6E38\x620F Q\\\x00C9.kvsdk"});
-    EXPECT_FALSE(SaveLaunchSelection(root, any, game)) << "packaged SDK outside its game";
-    EXPECT_FALSE(testing::FileExists(ParentPath(install.SelectionFile()))) << "a refused save creates no folder";
-    // The first save makes the folders it needs.
-    EXPECT_TRUE(SaveLaunchSelection(root, any, L""));
-    EXPECT_EQ(install.ReadSelection(), SelectionBytes(root, L"standalone", L"", any));
-
-    const Bytes older = "{\"schemaVersion\":1,\"older\":true}";
-    install.WriteSelection(older);
+    MakeTree(install.ScratchPath(), {L"\x6E38\x620F Q\\Game.exe", L"\x6E38\x620F Q\\\x00C9.kvsdk",
+        L"Elsewhere\\Any.kvsdk", L"Folder.kvsdk\\", L"\x6E38\x620F QX\\x.kvsdk"});
     const std::pair<Text, Text> refusals[] = {
         {install / L"Folder.kvsdk", L""},
-        {JoinPath(game, L"..\\Elsewhere\\Any.kvsdk"), game},  // the step back leads out
-        {install / L"\x6E38\x620F QX\\x.kvsdk", game},        // a sibling sharing the game's name
+        {JoinPath(game, L"..\\Elsewhere\\Any.kvsdk"), game},  // a packaged SDK outside its game
+        {install / L"\x6E38\x620F QX\\x.kvsdk", game},        // in a sibling sharing the game's name
     };
     for (const auto& [sdk, host] : refusals) {
         EXPECT_FALSE(SaveLaunchSelection(root, sdk, host)) << TextToUtf8(sdk);
     }
-    EXPECT_EQ(install.ReadSelection(), older);
+    EXPECT_FALSE(testing::FileExists(ParentPath(install.SelectionFile()))) << "a refused save makes no folder";
 
-    // Paths are installd normalised, non-ASCII text as UTF-8; a developer's SDK may lie anywhere.
+    // The first save makes the folders; paths are stored normalised, non-ASCII text as UTF-8.
     EXPECT_TRUE(SaveLaunchSelection(root, game + L"\\sub\\..\\\x00C9.kvsdk", game + L"/"));
     EXPECT_EQ(install.ReadSelection(), SelectionBytes(root, L"packaged", game, game + L"\\\x00C9.kvsdk"));
+    // A developer's SDK may lie anywhere; one without a game is stand-alone.
     EXPECT_TRUE(SaveLaunchSelection(root, any, install / L"Project"));
     EXPECT_EQ(install.ReadSelection(), SelectionBytes(root, L"developer", install / L"Project", any));
+    EXPECT_TRUE(SaveLaunchSelection(root, any, L""));
+    EXPECT_EQ(install.ReadSelection(), SelectionBytes(root, L"standalone", L"", any));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 // Real folder trees for the host tests: scratch installs running the built launcher with their
-// per-user selection, games, project folders, SDK files, and folder links.
+// per-user selection, project folders, SDK files, and folder links. Any .exe makes a shipped game.
 #include "TestSupport.h"
 
 #include "foundation/Files.h"
@@ -32,25 +32,17 @@ inline void MakeTree(TextView root, const std::vector<Text>& entries)
     }
 }
 
-// A shipped game: the folder holds `exeName`.
-inline void MakeGameInstall(TextView directory, TextView exeName = L"Game.exe")
-{
-    testing::WriteFileBytes(JoinPath(directory, exeName), "MZ");
-}
-
 // A game's project folder prepared for Mods, without the bundle marker.
 inline void MakeGameProject(TextView directory)
 {
     MakeTree(directory, {L"Config\\DefaultGame.ini", L"Content\\Korvane\\DA_KorvaneContract.uasset", L"Game.uproject"});
 }
 
-// `text` with its first `from` replaced by `to`.
+// `text` with its first `from` replaced by `to`; std::out_of_range when there is none.
 inline Bytes Replace(BytesView text, BytesView from, BytesView to)
 {
     Bytes result(text);
-    const size_t at = result.find(from);
-    EXPECT_NE(at, Bytes::npos) << from;
-    return at == Bytes::npos ? result : result.replace(at, from.size(), to);
+    return result.replace(result.find(from), from.size(), to);
 }
 
 // A JSON document padded with blanks inside the object to exactly `size` bytes.
@@ -86,25 +78,17 @@ public:
     void WriteSelection(BytesView bytes) const { testing::WriteFileBytes(selection_, bytes); }
     Bytes ReadSelection() const { return testing::ReadFileBytes(selection_); }
 
-    // -KorvaneResolveHostContext plus `arguments`: the exit code and the report ("" when none).
-    std::pair<DWORD, Bytes> ResolveHostContext(const std::vector<Text>& arguments = {}) const
-    {
-        // Beside the install: a report file never makes a folder a game.
-        const Text reportPath = *this / L"host-context.json";
-        std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + reportPath};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        std::pair<DWORD, Bytes> result{Run(all), {}};
-        result.second = testing::ReadFileBytes(reportPath);
-        DeleteFileW(reportPath.c_str());
-        return result;
-    }
-
-    // Expects exit code 0 and the report of these three values.
+    // -KorvaneResolveHostContext plus `arguments` ends with exit code 0 and the report of these values.
     void ExpectReport(const std::vector<Text>& arguments, TextView game, TextView sdk, TextView environment) const
     {
-        EXPECT_EQ(ResolveHostContext(arguments), std::make_pair(DWORD{0}, TextToUtf8(L"{\"game\":" +
-            QuoteJsonText(game) + L",\"sdk\":" + QuoteJsonText(sdk) + L",\"environment\":" +
-            QuoteJsonText(environment) + L"}")));
+        // Beside the install: a report file never makes a folder a game.
+        const Text report = *this / L"host-context.json";
+        std::vector<Text> all{L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + report};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(Run(all), 0u);
+        EXPECT_EQ(testing::ReadFileBytes(report), TextToUtf8(L"{\"game\":" + QuoteJsonText(game) + L",\"sdk\":" +
+            QuoteJsonText(sdk) + L",\"environment\":" + QuoteJsonText(environment) + L"}"));
+        DeleteFileW(report.c_str());
     }
 
 private:

@@ -12,19 +12,17 @@
 namespace korvane::hosttest {
 namespace {
 
-using testing::ScratchDirectory;
-
 TEST(GameDirectoryTests, InstallAndProjectFolders)
 {
-    ScratchDirectory scratch(L"game-dirs");
+    testing::ScratchDirectory scratch(L"game-dirs");
     const Text ini = L"Config\\DefaultGame.ini", contract = L"Content\\Korvane\\DA_KorvaneContract.uasset";
     const struct {
         const wchar_t* name;
         std::vector<Text> entries;
         bool install, project;
     } rows[] = {
-        {L"OnlyLauncher", {L"KorvaneEditor.exe"}, false, false},
-        {L"WithSetup", {L"korvaneeditor.exe", L"Setup.exe"}, true, false},
+        {L"OnlyLauncher", {L"korvaneeditor.exe"}, false, false},
+        {L"WithSetup", {L"KorvaneEditor.exe", L"Setup.exe"}, true, false},
         {L"ExeFolder", {L"Tools.exe\\"}, false, false},
         {L"Title", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, true, false},
         {L"Renamed", {L"Binaries\\Win64\\Title-Win64-Shipping.exe"}, false, false},
@@ -44,7 +42,7 @@ TEST(GameDirectoryTests, InstallAndProjectFolders)
 
 TEST(FindSdk, InAFolderOneLevelBelowItOrByAnExplicitPath)
 {
-    ScratchDirectory scratch(L"sdk-find");
+    testing::ScratchDirectory scratch(L"sdk-find");
     // Each row is a fresh folder holding `entries`: the answers in it, and one level below it.
     const struct {
         const wchar_t* name;
@@ -72,6 +70,10 @@ TEST(FindSdk, InAFolderOneLevelBelowItOrByAnExplicitPath)
     }
     EXPECT_EQ(FindSdkFile(L"", L""), L"");
     EXPECT_EQ(FindSdkBelowDirectory(L""), L"");
+    // A folder link below is not searched (one beside is a folder, as the Folders row shows).
+    if (FolderLink link(scratch / L"Two\\Linked", scratch / L"Fixed"); link.IsMade()) {
+        EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Two"), L"");
+    }
 
     // An explicit path is taken or refused without a search; the game plays no part.
     MakeTree(scratch / L"x", {L"y.KVSDK", L"y.kvsdk.bak", L"kvsdk", L"folder.kvsdk\\"});
@@ -81,24 +83,9 @@ TEST(FindSdk, InAFolderOneLevelBelowItOrByAnExplicitPath)
     }
 }
 
-TEST(FindSdk, FolderLinksNeitherRivalNorAreSearched)
-{
-    ScratchDirectory scratch(L"sdk-link");
-    MakeTree(scratch.Path(), {L"Folder\\a.kvsdk", L"Target\\Linked.kvsdk", L"Root\\"});
-    FolderLink beside(scratch / L"Folder\\b.kvsdk", scratch / L"Target");
-    FolderLink below(scratch / L"Root\\Linked", scratch / L"Target");
-    if (!beside.IsMade() || !below.IsMade()) {
-        GTEST_SKIP() << "this system cannot make folder links";
-    }
-    EXPECT_EQ(FindSdkFile(scratch / L"Folder", L""), scratch / L"Folder\\a.kvsdk");
-    EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), L"");
-    Touch(scratch / L"Root\\Plain\\Plain.kvsdk");
-    EXPECT_EQ(FindSdkBelowDirectory(scratch / L"Root"), scratch / L"Root\\Plain\\Plain.kvsdk");
-}
-
 TEST(ResolveSdkSelection, SettlesThePairOrGivesKV4300InTheUiLanguage)
 {
-    ScratchDirectory scratch(L"sdk-selection");
+    testing::ScratchDirectory scratch(L"sdk-selection");
     const Text game = scratch / L"Game";
     Touch(JoinPath(game, L"Game.kvsdk"));
     Text gameDirectory = L"old", sdk = L"old", message = L"untouched";
@@ -139,18 +126,16 @@ void MakeWholeBuiltinLayout(TextView root)
     }
 }
 
-TEST(ResolveToolPath, ThePluginToolWithoutALayoutFileAndTheEngineToolWithAWholeOne)
+// The plug-in's tool without a layout file, the engine's with a whole built-in layout, and none
+// with a damaged one.
+TEST(ResolveToolPath, FollowsTheLayoutFile)
 {
-    ScratchDirectory scratch(L"layout-whole");
+    const testing::ScratchDirectory scratch(L"layout");
     const Text root = scratch / L"Install";
-    testing::MakeDirectories(root);
-    EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool)) << "neither the file nor its folder exists";
-    // The built-in tool in place, or a folder of the layout file's name, changes nothing.
-    MakeTree(root, {kBuiltinTool, Text(kLayoutFile) + L"\\"});
+    // A folder of the layout file's name is no layout file.
+    testing::MakeDirectories(JoinPath(root, kLayoutFile));
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kPluginTool));
-
     RemoveDirectoryW(JoinPath(root, kLayoutFile).c_str());
-    DeleteFileW(JoinPath(root, kBuiltinTool).c_str());
     MakeWholeBuiltinLayout(root);
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool)) << "whether or not the tool exists";
 
@@ -159,10 +144,7 @@ TEST(ResolveToolPath, ThePluginToolWithoutALayoutFileAndTheEngineToolWithAWholeO
     testing::WriteFileBytes(JoinPath(root, kModuleList), PaddedTo(
         Replace(kModules, "\"Core\":\"UnrealEditor-Core.dll\"", "\"Core\":\"..\\\\..\\\\C:/x\",\"Other\":7"), 8388608));
     EXPECT_EQ(ResolveToolPath(root), JoinPath(root, kBuiltinTool));
-}
 
-TEST(ResolveToolPath, AnyDamageToTheBuiltinLayoutGivesTheEmptyText)
-{
     constexpr char kRemoved[] = "<removed>";
     const std::pair<const wchar_t*, Bytes> damages[] = {
         {kLayoutFile, PaddedTo(kLayout, 65537)},
@@ -185,16 +167,16 @@ TEST(ResolveToolPath, AnyDamageToTheBuiltinLayoutGivesTheEmptyText)
     };
     for (const auto& [file, bytes] : damages) {
         SCOPED_TRACE(TextToUtf8(file) + ": " + bytes.substr(0, 200));
-        ScratchDirectory scratch(L"layout-damage");
-        const Text root = scratch / L"Install";
-        MakeWholeBuiltinLayout(root);
-        Touch(JoinPath(root, kBuiltinTool));
+        const testing::ScratchDirectory fresh(L"layout-damage");
+        const Text damaged = fresh / L"Install";
+        MakeWholeBuiltinLayout(damaged);
+        Touch(JoinPath(damaged, kBuiltinTool));
         if (bytes == kRemoved) {
-            DeleteFileW(JoinPath(root, file).c_str());
+            DeleteFileW(JoinPath(damaged, file).c_str());
         } else {
-            testing::WriteFileBytes(JoinPath(root, file), bytes);
+            testing::WriteFileBytes(JoinPath(damaged, file), bytes);
         }
-        EXPECT_EQ(ResolveToolPath(root), L"");
+        EXPECT_EQ(ResolveToolPath(damaged), L"");
     }
 }
 
