@@ -2,7 +2,6 @@
 // it offers, the mapping of a requested code, and the settings path of its version.
 #include "LanguageTestFiles.h"
 
-#include "foundation/KnownFolders.h"
 #include "language/EngineVersion.h"
 #include "language/EngineVersionText.h"
 #include "language/LanguageChoice.h"
@@ -21,7 +20,7 @@ using testing::WriteFileBytes;
 constexpr wchar_t kEditorVersionFile[] = L"Engine\\Binaries\\Win64\\UnrealEditor.version";
 constexpr wchar_t kBuildVersionFile[] = L"Engine\\Build\\Build.version";
 
-TEST(EngineVersionText, SearchesBehaveAsTheirPatterns)
+TEST(EngineVersion, TheSearchesBehaveAsTheirPatternsAndTheFirstFileWithBothNumbersWins)
 {
     const std::pair<Bytes, Bytes> cases[] = {
         {FindMajorVersion("{\"MajorVersion\"\t \r\n\v\f:\n  05,"), "05"},  // all six blanks, digits as written
@@ -46,10 +45,8 @@ TEST(EngineVersionText, SearchesBehaveAsTheirPatterns)
     for (const wchar_t* outside : {L"5.9", L"4.27", L"5.10", L"5,3", L""}) {
         EXPECT_FALSE(IsSupportedEngineVersion(outside)) << TextToUtf8(outside);
     }
-}
 
-TEST(EngineVersion, FirstOfTheTwoFilesThatHoldsBothNumbersWins)
-{
+    // The version of an install: the first of the two files that holds both numbers.
     ScratchDirectory scratch(L"engine-version");
     const wchar_t* const real[][3] = {
         {L"binaries_version\\ue4.27_engine_caobin2019__UnrealEngine\\UE4Editor.version", kEditorVersionFile, L"4.27"},
@@ -90,7 +87,6 @@ TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
         {L"versioned\\KorvaneEditor\\5.2", L"5.2"}, {L"versioned\\KorvaneEditor\\5.3", L"-"},
         {L"versioned\\KorvaneEditor\\5.9", L"5.9"},    // outside the range
         {L"versioned\\Mods\\KorvaneEditor\\5.3", L"5.4"},  // its files name another version
-        {L"versioned\\Mods\\One\\KorvaneEditor\\5.3", L""}, {L"versioned\\Mods\\One\\Content", L"-"},
         {L"versioned\\two\\KorvaneEditor\\5.3", L"5.3"}, {L"versioned\\two\\KorvaneEditor\\5.4", L"5.4"},
         {L"root\\KorvaneEditor", L"5.4"}, {L"root\\KorvaneEditor\\5.3", L"5.3"}, {L"root\\Game\\Source", L"-"}};
     for (const auto& [folder, version] : installs) {
@@ -120,7 +116,7 @@ TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
         {L"beside", L"", L"beside", L""},  // the start itself, before its KorvaneEditor folder
         {L"game", L"", L"game\\KorvaneEditor", L""},  // the KorvaneEditor folder before its version folder
         // Only one whole version folder counts, and it does not pin the version; the nearest install wins.
-        {L"versioned\\Mods\\One\\Content", L"", L"versioned\\KorvaneEditor\\5.2", L""},
+        {L"versioned\\Mods", L"", L"versioned\\KorvaneEditor\\5.2", L""},
         {L"versioned\\two", L"", L"versioned\\KorvaneEditor\\5.2", L""},  // two: neither is taken
         {L"game", L"5.2", L"game\\KorvaneEditor\\5.2", L"5.2"},  // a required version passes over others
         {L"game", L"5.7", L"game", L"5.7"},                      // nothing found: the start comes back
@@ -141,50 +137,45 @@ TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
     EXPECT_EQ(version, L"5.3");
 }
 
-std::vector<std::pair<Text, Text>> Rows(const std::vector<LanguageRow>& rows)
+// The rows as "code=name;" each.
+Text Rows(const std::vector<LanguageRow>& rows)
 {
-    std::vector<std::pair<Text, Text>> pairs;
+    Text text;
     for (const LanguageRow& row : rows) {
-        pairs.emplace_back(row.code, row.displayName);
+        text += row.code + L"=" + row.displayName + L";";
     }
-    return pairs;
-}
-
-Text NativeLanguageName(const wchar_t* code)
-{
-    wchar_t buffer[128] = {};
-    EXPECT_GT(GetLocaleInfoEx(code, LOCALE_SNATIVELANGUAGENAME, buffer, 128), 0);
-    return buffer;
+    return text;
 }
 
 TEST(EditorLanguages, CultureFoldersWithEditorTextsSortedWithTheirNames)
 {
     ScratchDirectory scratch(L"languages-list");
     const Text install = scratch / L"all";
-    MakeEditorInstall(install, L"5.3", {L"zh-Hans", L"fr", L"JA", L"es", L"en", L"es-419"});
+    MakeEditorInstall(install, L"5.3", {L"zh-Hans", L"fr", L"JA", L"es", L"en"});
     const Text cultures = JoinPath(install, L"Engine\\Content\\Localization\\Editor");
     WriteFileBytes(JoinPath(cultures, L"de\\Editor.manifest"), "only the manifest");
     WriteFileBytes(JoinPath(cultures, L"Fonts\\Editor.locres"), "no locale name");
     testing::MakeDirectories(JoinPath(cultures, L"it\\Editor.locres"));  // a folder, not the file
     WriteFileBytes(JoinPath(cultures, L"ru"), "a file named like a culture");
-    // "en" first, the others by their code units (capitals first, a prefix before what it begins);
-    // the editor's own names in any letter case, else the system's.
-    const std::vector<std::pair<Text, Text>> expected = {{L"en", L"English"}, {L"JA", L"\u65E5\u672C\u8A9E"},
-        {L"es", L"Espa\u00F1ol"}, {L"es-419", NativeLanguageName(L"es-419")}, {L"fr", NativeLanguageName(L"fr")},
-        {L"zh-Hans", L"\u7B80\u4F53\u4E2D\u6587"}};
-    EXPECT_EQ(Rows(ListEditorLanguages(install)), expected);
+    // "en" first, the others by their code units (capitals first); the editor's own names in any
+    // letter case, else the system's.
+    wchar_t name[128] = {};
+    ASSERT_GT(GetLocaleInfoEx(L"fr", LOCALE_SNATIVELANGUAGENAME, name, 128), 0);
+    const Text french = L"fr=" + Text(name) + L";";
+    EXPECT_EQ(Rows(ListEditorLanguages(install)),
+        L"en=English;JA=\u65E5\u672C\u8A9E;es=Espa\u00F1ol;" + french + L"zh-Hans=\u7B80\u4F53\u4E2D\u6587;");
 
     // Without culture folders only English; without "en" nothing is added.
     MakeEditorInstall(scratch / L"empty", L"5.3", {});
-    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"empty")), (std::vector<std::pair<Text, Text>>{expected[0]}));
+    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"empty")), L"en=English;");
     MakeEditorInstall(scratch / L"other", L"5.3", {L"fr"});
-    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"other")), (std::vector<std::pair<Text, Text>>{expected[4]}));
+    EXPECT_EQ(Rows(ListEditorLanguages(scratch / L"other")), french);
 
     // The list comes from the install the walk finds for the version asked; the walk itself has its own cases.
     const Text game = scratch / L"game";
     MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.3"), L"5.3", {L"en", L"es"});
     MakeEditorInstall(JoinPath(game, L"KorvaneEditor\\5.4"), L"5.4", {L"en", L"fr"});
-    EXPECT_EQ(Rows(ListEditorLanguages(game, L"5.4")), (std::vector<std::pair<Text, Text>>{expected[0], expected[4]}));
+    EXPECT_EQ(Rows(ListEditorLanguages(game, L"5.4")), L"en=English;" + french);
 }
 
 TEST(ResolveLanguage, MapsTheRequestedCodeOntoTheRows)
@@ -206,13 +197,10 @@ TEST(ResolveLanguage, MapsTheRequestedCodeOntoTheRows)
     expect({{L"EN", L""}, {L"Zh-hans", L""}}, {{L"fr", L"en"}, {L"zh-CN", L"en"}, {L"zh_hans", L"Zh-hans"}});
 }
 
-TEST(EditorSettingsPath, OnlyEngineVersionsFiveZeroToFiveEightHaveOne)
+// An install in range, found below the launcher, is the launcher language test's case.
+TEST(EditorSettingsPath, AnEngineVersionOutsideTheRangeHasNone)
 {
     ScratchDirectory scratch(L"settings-path");
-    MakeEditorInstall(scratch / L"game\\KorvaneEditor\\5.8", L"5.8");
-    EXPECT_EQ(EditorSettingsPath(scratch / L"game"),
-        LocalAppDataFolder() + L"\\UnrealEngine\\5.8\\Saved/Config/WindowsEditor/EditorSettings.ini");
-    // Which versions are in range is the version check's own case; here, that it is asked.
     MakeEditorInstall(scratch / L"newer", L"5.9");
     EXPECT_EQ(EditorSettingsPath(scratch / L"newer"), L"");
 }

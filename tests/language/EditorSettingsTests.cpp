@@ -21,7 +21,7 @@ using testing::WriteFileBytes;
 
 constexpr char kNewSection[] = "\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n";
 
-TEST(EditorSettingsText, ReaderFollowsTheGrammar)
+TEST(EditorSettingsText, TheReaderFollowsTheGrammarAndTheRewritePlacesOneStableBlock)
 {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         // Capitals, blanks around "=", quotes, CR LF.
@@ -41,15 +41,13 @@ TEST(EditorSettingsText, ReaderFollowsTheGrammar)
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(FindLanguageSetting(text), expected) << TextToUtf8(text);
     }
-}
 
-TEST(EditorSettingsText, RewritePlacesOneBlockKeepsEveryOtherLineAndIsStable)
-{
+    // The rewrite places one block, keeps every other line and is stable.
     const struct {
         const wchar_t* text;
         const wchar_t* code;
         const wchar_t* expected;
-    } cases[] = {
+    } rewrites[] = {
         {L"; header comment\n[/Script/UnrealEd.EditorSettings]\nLanguage=fr\n  [INTERNATIONALIZATION]  \n"
          L"ShouldUseLocalizedNumericInput=True\r\n; Language=de\n#Culture=de\n  LANGUAGE   =   \"ko\"  \n"
          L"Culture = es\n \t\n[Other]\nKey=Value\r\r\n[internationalization]\nCulture=pt-BR\nExtra=1\nlanguage=",
@@ -57,15 +55,13 @@ TEST(EditorSettingsText, RewritePlacesOneBlockKeepsEveryOtherLineAndIsStable)
             L"; header comment\r\n[/Script/UnrealEd.EditorSettings]\r\nLanguage=fr\r\n  [INTERNATIONALIZATION]  \r\n"
             L"ShouldUseLocalizedNumericInput=True\r\n; Language=de\r\n#Culture=de\r\nLanguage=zh-Hans\r\nCulture=\r\n"
             L" \t\r\n[Other]\r\nKey=Value\r\r\n[internationalization]\r\nExtra=1\r\n"},
-        // A section without the keys gets the block at its end, behind comments and blank lines.
-        {L"[Internationalization]\nShouldUseLocalizedNumericInput=True\n; tail\n\n[Next]\nA=1", L"ja",
-            L"[Internationalization]\r\nShouldUseLocalizedNumericInput=True\r\n; tail\r\n\r\nLanguage=ja\r\n"
-            L"Culture=\r\n[Next]\r\nA=1\r\n"},
+        // A section without the keys gets the block at its end (before the next header in the real
+        // coalesced file), here the end of the text.
         {L"[Internationalization]\nX=1", L"ja", L"[Internationalization]\r\nX=1\r\nLanguage=ja\r\nCulture=\r\n"},
         // No such section: a new one at the end of the text.
         {L"[A]\r\nB=1\r\n", L"ja", L"[A]\r\nB=1\r\n\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n"},
     };
-    for (const auto& sample : cases) {
+    for (const auto& sample : rewrites) {
         const Text once = RewriteLanguageSetting(sample.text, sample.code);
         EXPECT_EQ(once, sample.expected) << TextToUtf8(sample.text);
         EXPECT_EQ(RewriteLanguageSetting(once, sample.code), once) << "again: " << TextToUtf8(sample.text);
@@ -80,14 +76,17 @@ Bytes WithCrlf(const Bytes& bytes)
     return crlf.ends_with("\r\n") ? crlf : crlf + "\r\n";
 }
 
-TEST(EditorSettingsFile, EncodingsAreKeptOrDroppedAndAMissingFileIsMade)
+TEST(EditorSettingsFile, EncodingsAreKeptOrDroppedAMissingFileIsMadeAndAnUnusableOneIsLeftAlone)
 {
-    ScratchDirectory scratch(L"settings-encodings");
+    ScratchDirectory scratch(L"settings-file");
+    Bytes largest = "[Internationalization]\nLanguage=es\n[Padding]\n;";
+    largest.append(2097152 - largest.size() - 1, 'x');
+    largest.push_back('\n');
     const struct {
         const wchar_t* name;
         std::optional<Bytes> before;
         const wchar_t* code;
-        Bytes after;
+        std::optional<Bytes> after;  // nullopt: refused, and the file stays as it was
     } cases[] = {
         // The real path ends in forward slashes; the folders must still be made one by one.
         {L"UnrealEngine\\5.3\\Saved/Config/WindowsEditor/EditorSettings.ini", std::nullopt, L"ja", kNewSection},
@@ -102,18 +101,30 @@ TEST(EditorSettingsFile, EncodingsAreKeptOrDroppedAndAMissingFileIsMade)
             "\xFF\xFE" + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n")},
         {L"odd.ini", "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]") + "X", L"ko",
             "\xFF\xFE" + Utf16Bytes(u"[\U0001F600]\r\n\r\n[Internationalization]\r\nLanguage=ko\r\nCulture=\r\n")},
+        // Too large, a lone UTF-8 mark, Latin-1; an invalid locale name before the folder is made.
+        {L"large.ini", largest + "\n", L"ja", std::nullopt},
+        {L"utf8-mark.ini", "\xEF\xBB\xBF", L"ja", std::nullopt},
+        {L"latin1.ini", "[Internationalization]\r\nLanguage=fr\r\n; caf\xE9\r\n", L"ja", std::nullopt},
+        {L"missing\\EditorSettings.ini", std::nullopt, L"xx-YY", std::nullopt},
+        {L"missing\\EditorSettings.ini", std::nullopt, L"en-", std::nullopt},
     };
     for (const auto& sample : cases) {
+        SCOPED_TRACE(TextToUtf8(sample.name) + " " + TextToUtf8(sample.code));
         const Text path = scratch / sample.name;
         if (sample.before) {
             WriteFileBytes(path, *sample.before);
         }
-        ASSERT_TRUE(SaveEditorLanguageSetting(path, sample.code)) << TextToUtf8(sample.name);
-        EXPECT_TRUE(ReadFileBytes(path) == sample.after) << TextToUtf8(sample.name);
-        EXPECT_EQ(ReadEditorLanguageSetting(path), sample.code) << TextToUtf8(sample.name);
-        ASSERT_TRUE(SaveEditorLanguageSetting(path, sample.code));
-        EXPECT_TRUE(ReadFileBytes(path) == sample.after) << "the same code twice: " << TextToUtf8(sample.name);
+        EXPECT_EQ(SaveEditorLanguageSetting(path, sample.code), sample.after.has_value());
+        EXPECT_TRUE((testing::FileExists(path) ? std::optional(ReadFileBytes(path)) : std::nullopt) ==
+            (sample.after ? sample.after : sample.before));
+        EXPECT_EQ(ReadEditorLanguageSetting(path), sample.after ? sample.code : L"");
     }
+    EXPECT_FALSE(testing::FileExists(scratch / L"missing"));
+    EXPECT_FALSE(SaveEditorLanguageSetting(L"", L"ja"));
+    // 2 MiB is read and saved; the empty code leaves the language to the editor.
+    WriteFileBytes(scratch / L"largest.ini", largest);
+    EXPECT_EQ(ReadEditorLanguageSetting(scratch / L"largest.ini"), L"es");
+    EXPECT_TRUE(SaveEditorLanguageSetting(scratch / L"largest.ini", L""));
 }
 
 TEST(EditorSettingsFile, RealEngineFilesComeBackWholeButForTheBlockAndLineEnds)
@@ -126,12 +137,9 @@ TEST(EditorSettingsFile, RealEngineFilesComeBackWholeButForTheBlockAndLineEnds)
         EXPECT_TRUE(SaveEditorLanguageSetting(path, L"ja")) << TextToUtf8(sample);
         return original;
     };
-    // CR LF, and LF in a settings file of the editor's own and in a large per-project one.
-    for (const wchar_t* sample : {L"defaultgame_ue5.0_2BingBing__UE5.0_Dangaronpa_BP_Project\\DefaultGame.ini",
-             L"ue5_global_Tw1nAi__avatars\\EditorSettings.ini",
-             L"ue5.3_02020fan__FirstGame\\EditorPerProjectUserSettings.ini"}) {
-        EXPECT_TRUE(ReadFileBytes(path) == WithCrlf(save(sample)) + kNewSection) << TextToUtf8(sample);
-    }
+    // Without the section: it is added at the end.
+    const Bytes plain = save(L"ue5_global_Tw1nAi__avatars\\EditorSettings.ini");
+    EXPECT_TRUE(ReadFileBytes(path) == WithCrlf(plain) + kNewSection);
     // Its [Internationalization] section has other keys: the block closes it, ahead of the
     // blank line's following header.
     Bytes expected = WithCrlf(save(L"ue4.19_coalesced_19960824munakata__BakaureGodGame\\EditorSettings.ini"));
@@ -140,34 +148,6 @@ TEST(EditorSettingsFile, RealEngineFilesComeBackWholeButForTheBlockAndLineEnds)
     // UTF-16 with its mark and CR LF already: the old bytes stand unchanged in front.
     const Bytes utf16 = save(L"ue4.17_utf16le-bom_4696neko__Geme_Taisyo_2023\\EditorPerProjectUserSettings.ini");
     EXPECT_TRUE(ReadFileBytes(path) == utf16 + Utf16Bytes(u"\r\n[Internationalization]\r\nLanguage=ja\r\nCulture=\r\n"));
-}
-
-TEST(EditorSettingsFile, UnusableFilesAreNeitherReadNorTouched)
-{
-    ScratchDirectory scratch(L"settings-bad");
-    Bytes largest = "[Internationalization]\nLanguage=es\n[Padding]\n;";
-    largest.append(2097152 - largest.size() - 1, 'x');
-    largest.push_back('\n');
-    const Text path = scratch / L"EditorSettings.ini";
-    WriteFileBytes(path, largest);
-    EXPECT_EQ(ReadEditorLanguageSetting(path), L"es") << "2 MiB is read";
-    EXPECT_TRUE(SaveEditorLanguageSetting(path, L"")) << "and saved; the empty code leaves the language to the editor";
-
-    // Too large, a lone UTF-8 mark, Latin-1.
-    for (const Bytes& bytes : {largest + "\n", Bytes("\xEF\xBB\xBF"),
-             Bytes("[Internationalization]\r\nLanguage=fr\r\n; caf\xE9\r\n")}) {
-        WriteFileBytes(path, bytes);
-        EXPECT_EQ(ReadEditorLanguageSetting(path), L"") << bytes.substr(0, 60);
-        EXPECT_FALSE(SaveEditorLanguageSetting(path, L"ja")) << bytes.substr(0, 60);
-        EXPECT_TRUE(ReadFileBytes(path) == bytes) << bytes.substr(0, 60);
-    }
-    EXPECT_FALSE(SaveEditorLanguageSetting(L"", L"ja"));
-    // An invalid locale name is refused before the file's folder is made.
-    const Text missing = scratch / L"missing\\EditorSettings.ini";
-    for (const wchar_t* code : {L"xx-YY", L"en-"}) {
-        EXPECT_FALSE(SaveEditorLanguageSetting(missing, code)) << TextToUtf8(code);
-    }
-    EXPECT_FALSE(testing::FileExists(ParentPath(missing)));
 }
 
 }  // namespace

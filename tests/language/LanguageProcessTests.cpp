@@ -16,7 +16,8 @@ TEST(LauncherLanguage, TheSavedSettingChoosesAndThePreviewOptionOverridesWithout
 {
     const testing::UserSettingsFile settings(L"5.1");
     const testing::LauncherInstall install(L"language-saved");
-    testing::MakeEditorInstall(install.Root(), L"5.1", {L"en", L"ko", L"zh-Hans"});
+    // The editor in a version folder below the launcher: the settings of that version count.
+    testing::MakeEditorInstall(JoinPath(install.Root(), L"KorvaneEditor\\5.1"), L"5.1", {L"en", L"ko", L"zh-Hans"});
     const Bytes saved = "\xFF\xFE" + testing::Utf16Bytes(u"[Internationalization]\r\nLanguage=zh-Hans\r\n");
     settings.Set(saved);
     const std::pair<std::vector<Text>, bool> runs[] = {
