@@ -46,56 +46,44 @@ TEST(EngineVersion, TheSearchesBehaveAsTheirPatternsAndTheFirstFileWithBothNumbe
         EXPECT_FALSE(IsSupportedEngineVersion(outside)) << TextToUtf8(outside);
     }
 
-    // The version of an install: the first of the two files that holds both numbers.
+    // The version of an install: the first of the two files that holds both numbers, here real
+    // ones of each kind, and the editor's file in its forms.
     ScratchDirectory scratch(L"engine-version");
-    const wchar_t* const real[][3] = {
-        {L"binaries_version\\ue4.27_engine_caobin2019__UnrealEngine\\UE4Editor.version", kEditorVersionFile, L"4.27"},
-        {L"build_version\\ue4.16.3_sphills__LootTheRoom\\Build.version", kBuildVersionFile, L"4.16"},
-    };
-    for (const auto& sample : real) {
-        const Text install = scratch / LastPathComponent(ParentPath(sample[0]));
-        WriteFileBytes(JoinPath(install, sample[1]), testing::ReadRealData(sample[0]));
-        EXPECT_EQ(ReadEngineVersion(install), sample[2]) << TextToUtf8(sample[0]);
-    }
-
     const Text install = scratch / L"install";
-    WriteFileBytes(JoinPath(install, kBuildVersionFile), "{\"MajorVersion\": 5, \"MinorVersion\": 4}");
+    WriteFileBytes(JoinPath(install, kBuildVersionFile),
+        testing::ReadRealData(L"build_version\\ue4.16.3_sphills__LootTheRoom\\Build.version"));
     Bytes largest = "{\"MajorVersion\": 5, \"MinorVersion\": 2, \"Pad\": \"";
     largest.append(1048576 - largest.size() - 2, 'x');
     largest += "\"}";
     const std::pair<Bytes, const wchar_t*> editorFiles[] = {
-        {"{\"MajorVersion\": 5, \"PatchVersion\": 1}", L"5.4"},  // the major number alone passes on
-        {"{\"MajorVersion\": 5, \"MinorVersion\": 9}", L"5.9"},  // the range is the caller's business
-        {largest, L"5.2"},                                        // 1 MiB is read
-        {largest + " ", L"5.4"},                                  // one byte more is passed over
+        {testing::ReadRealData(L"binaries_version\\ue4.27_engine_caobin2019__UnrealEngine\\UE4Editor.version"),
+            L"4.27"},
+        {"{\"MajorVersion\": 5, \"PatchVersion\": 1}", L"4.16"},  // the major number alone passes on
+        {"{\"MajorVersion\": 5, \"MinorVersion\": 9}", L"5.9"},   // the range is the caller's business
+        {largest, L"5.2"},                                         // 1 MiB is read
+        {largest + " ", L"4.16"},                                  // one byte more is passed over
     };
     for (const auto& [bytes, version] : editorFiles) {
         WriteFileBytes(JoinPath(install, kEditorVersionFile), bytes);
         EXPECT_EQ(ReadEngineVersion(install), version) << bytes.substr(0, 60);
     }
-    testing::MakeDirectories(scratch / L"folder\\Engine\\Binaries\\Win64\\UnrealEditor.version");
-    WriteFileBytes(scratch / L"folder\\Engine\\Build\\Build.version", "\"MajorVersion\":5,\"MinorVersion\":0");
-    EXPECT_EQ(ReadEngineVersion(scratch / L"folder"), L"5.0") << "a folder is no version file";
 }
 
 TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
 {
     ScratchDirectory scratch(L"install-walk");
-    // Installs by folder and version ("" for none); a "-" version is a bare folder.
+    // Installs by folder and version ("" for none).
     const std::pair<const wchar_t*, const wchar_t*> installs[] = {{L"beside", L""}, {L"beside\\KorvaneEditor", L"5.3"},
         {L"game\\KorvaneEditor", L"5.1"}, {L"game\\KorvaneEditor\\5.2", L"5.2"},
-        {L"versioned\\KorvaneEditor\\5.2", L"5.2"}, {L"versioned\\KorvaneEditor\\5.3", L"-"},
+        {L"versioned\\KorvaneEditor\\5.2", L"5.2"},
         {L"versioned\\KorvaneEditor\\5.9", L"5.9"},    // outside the range
         {L"versioned\\Mods\\KorvaneEditor\\5.3", L"5.4"},  // its files name another version
         {L"versioned\\two\\KorvaneEditor\\5.3", L"5.3"}, {L"versioned\\two\\KorvaneEditor\\5.4", L"5.4"},
-        {L"root\\KorvaneEditor", L"5.4"}, {L"root\\KorvaneEditor\\5.3", L"5.3"}, {L"root\\Game\\Source", L"-"}};
+        {L"root\\KorvaneEditor", L"5.4"}, {L"root\\KorvaneEditor\\5.3", L"5.3"}};
     for (const auto& [folder, version] : installs) {
-        if (TextView(version) == L"-") {
-            testing::MakeDirectories(scratch / folder);
-        } else {
-            MakeEditorInstall(scratch / folder, version);
-        }
+        MakeEditorInstall(scratch / folder, version);
     }
+    testing::MakeDirectories(scratch / L"root\\Game\\Source");
     // Only C names a version in range; A is passed over.
     const Text game = scratch / L"root\\Game";
     WriteFileBytes(JoinPath(game, L"A.uproject"), "{\"EngineAssociation\": \"5.9\"}");
@@ -130,7 +118,6 @@ TEST(EditorInstall, NearestWholeInstallWinsAndAProjectFilePinsTheVersion)
         EXPECT_EQ(version, walk.versionOut) << TextToUtf8(walk.start);
     }
     Text version;
-    EXPECT_EQ(FindEditorInstall(L"", version), L"");
     WriteFileBytes(scratch / L"root\\Other\\Big.uproject", oversized + "}");
     EXPECT_EQ(FindEditorInstall(scratch / L"root\\Other", version), scratch / L"root\\KorvaneEditor\\5.3")
         << "one byte less than 1 MiB is read";
