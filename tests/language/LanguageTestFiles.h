@@ -12,7 +12,8 @@
 namespace korvane::testing {
 
 // Engine/Content/Localization/Editor/<code>/Editor.locres for each code and, unless `version`
-// ("5.3") is empty, Engine/Binaries/Win64/UnrealEditor.version laid out as an engine writes it.
+// ("5.3") is empty, Engine/Binaries/Win64/UnrealEditor.version naming it (real files of the
+// kind are the version tests' own).
 inline void MakeEditorInstall(TextView install, TextView version, std::initializer_list<const wchar_t*> codes = {L"en"})
 {
     MakeDirectories(JoinPath(install, L"Engine\\Content\\Localization\\Editor"));
@@ -21,9 +22,8 @@ inline void MakeEditorInstall(TextView install, TextView version, std::initializ
             "LOCRES");
     }
     if (const size_t dot = version.find(L'.'); dot != TextView::npos) {
-        WriteFileBytes(JoinPath(install, L"Engine\\Binaries\\Win64\\UnrealEditor.version"),
-            "{\n\t\"MajorVersion\": " + TextToUtf8(version.substr(0, dot)) + ",\n\t\"MinorVersion\": "
-                + TextToUtf8(version.substr(dot + 1)) + ",\n\t\"PatchVersion\": 1,\n\t\"BranchName\": \"\"\n}");
+        WriteFileBytes(JoinPath(install, L"Engine\\Binaries\\Win64\\UnrealEditor.version"), "{\"MajorVersion\": " +
+            TextToUtf8(version.substr(0, dot)) + ", \"MinorVersion\": " + TextToUtf8(version.substr(dot + 1)) + "}");
     }
 }
 
