@@ -1,19 +1,13 @@
-// The start-up card and window as they stand on the screen: geometry and colours at each DPI
-// in both languages, where long texts stop, the moving bar, DPI changes, and every way to
+// The start-up card and window as they stand on the screen: geometry and colours at two DPIs,
+// one in each language, where long texts stop, the moving bar, DPI changes, and every way to
 // cancel or close the window.
 #include "TestSupport.h"
 
-#include "foundation/GdiplusSession.h"
 #include "foundation/GdiSelection.h"
-#include "foundation/Paths.h"
 #include "startup/StartupMonitor.h"
 #include "startup/StartupPaint.h"
 
-#include <objidl.h>
-#include <gdiplus.h>
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 namespace korvane {
 namespace {
@@ -23,7 +17,7 @@ constexpr COLORREF kDivider = RGB(28, 58, 73);
 constexpr COLORREF kTrack = RGB(20, 46, 60);
 constexpr COLORREF kButtonFill = RGB(22, 39, 55);
 
-// Pixels as a person sees them, copied from a DC: the screen, or a bitmap drawn into.
+// Pixels as a person sees them, copied from the screen.
 struct Picture {
     static Picture Of(HDC source, RECT area)
     {
@@ -82,21 +76,6 @@ struct Picture {
         return count;
     }
 
-    bool SavePng(TextView path) const
-    {
-        const GdiplusSession session;
-        if (!session.IsActive()) {
-            return false;
-        }
-        std::vector<DWORD> opaque = pixels;
-        for (DWORD& pixel : opaque) {
-            pixel |= 0xFF000000u;
-        }
-        Gdiplus::Bitmap bitmap(width, height, width * 4, PixelFormat32bppARGB, reinterpret_cast<BYTE*>(opaque.data()));
-        const CLSID pngEncoder{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
-        return bitmap.Save(Text(path).c_str(), &pngEncoder, nullptr) == Gdiplus::Ok;
-    }
-
     int width = 0;
     int height = 0;
     std::vector<DWORD> pixels;
@@ -130,7 +109,13 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     StartupMonitor monitor({.forcedDpi = dpi, .chinese = chinese, .cancelFlag = &cancel});
     const HWND window = monitor.WindowHandle();
     ASSERT_NE(window, nullptr);
-    monitor.SetPhaseText(chinese ? L"正在初始化编辑器引擎…" : L"Initializing the Editor engine…");
+    // A phase longer than its two lines, as a preview may be given. (No cache state is long enough to
+    // reach the Cancel button, so the detail line's own limit is never met.)
+    Text phase;
+    for (int word = 0; word < 60; ++word) {
+        phase += L"Preparing ";
+    }
+    monitor.SetPhaseText(phase);
     monitor.SetCacheState(1, true);
     EXPECT_TRUE(monitor.Snapshot().backgroundDrawn) << "the art from the resources";
 
@@ -179,53 +164,27 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     EXPECT_GT(GetRValue(logo) + GetGValue(logo) + GetBValue(logo), 60) << "the logo";
     EXPECT_GT(image.Count(Scale(RECT{230, 124, 684, 178}, dpi), IsBright), 300) << "the title";
     EXPECT_GT(image.Count(Scale(RECT{233, 185, 684, 218}, dpi), IsBright), 60) << "the subtitle";
-    EXPECT_GT(image.Count(phaseLine, IsBright), 100) << "the phase line";
+    EXPECT_GT(image.Count(phaseLine, IsBright), 1000) << "the phase line";
+    EXPECT_EQ(image.Count(Scale(RECT{42, 306, 678, 309}, dpi), IsBright), 0) << "two lines at most, the rest cut";
     EXPECT_EQ(image.Count(Scale(RECT{42, 218, 678, 245}, dpi), IsBright), 0) << "nothing below the subtitle";
 
-    if (const wchar_t* folder = _wgetenv(L"KORVANE_SCREENSHOT_DIR")) {  // pictures for the documentation
-        const Text name = L"startup-window-" + DecimalText(dpi) + (chinese ? L"-zh.png" : L"-en.png");
-        EXPECT_TRUE(image.SavePng(JoinPath(folder, name)));
-    }
+    // Only a left click inside the button cancels, at the button's place for the DPI; the window then
+    // says so in its language.
+    SendMessageW(window, WM_RBUTTONUP, 0, MAKELPARAM(button.left + 4, button.top + 4));
+    SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.left - 1, button.top + 4));
+    SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.left + 4, button.bottom));
+    SendMessageW(window, WM_KEYDOWN, VK_RETURN, 0);
+    EXPECT_FALSE(cancel.load()) << "right button, beside the button, another key";
+    SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.right - 1, button.bottom - 1));
+    EXPECT_TRUE(cancel.load());
+    EXPECT_EQ(monitor.PhaseText(), chinese ? L"正在取消…" : L"Cancelling…");
 }
 
-TEST(StartupWindow, CardMatchesItsGeometryAtEachDpiInBothLanguages)
+// A DPI scaling fault shows at any DPI but 96; a text fault in one Chinese run.
+TEST(StartupWindow, CardMatchesItsGeometryAtTwoDpisInBothLanguages)
 {
-    for (const std::uint32_t dpi : {96u, 144u, 192u}) {
-        CheckCard(dpi, false);
-        CheckCard(dpi, true);
-    }
-}
-
-TEST(StartupCard, LongTextsStopAtTheirRectangles)
-{
-    const StartupFonts fonts = CreateStartupFonts(96);
-    StartupCard card;
-    card.fonts = &fonts;
-    card.elapsedMs = 5000;
-    card.cacheStatusText = Text(200, L'W');
-    for (int word = 0; word < 60; ++word) {
-        card.phaseText += L"Preparing ";
-    }
-    // Pixels other than the base fill in an area of the card drawn without art.
-    const auto marked = [&card](RECT area) {
-        HDC screen = GetDC(nullptr);
-        const UniqueMemoryDc memory(CreateCompatibleDC(screen));
-        const UniqueBitmap bitmap(CreateCompatibleBitmap(screen, kStartupCardWidth, kStartupCardHeight));
-        ReleaseDC(nullptr, screen);
-        const GdiSelection selection(memory.Get(), bitmap.Get());
-        EXPECT_FALSE(DrawStartupCard(memory.Get(), card)) << "no art given, none drawn";
-        const RECT all{0, 0, area.right - area.left, area.bottom - area.top};
-        return Picture::Of(memory.Get(), area).Count(all, [](COLORREF colour) { return colour != kBase; });
-    };
-    card.showCancel = true;
-    EXPECT_GT(marked(RECT{42, 313, 582, 336}), 500) << "the detail line";
-    EXPECT_EQ(marked(RECT{582, 313, 600, 336}), 0) << "cut before the Cancel button";
-    EXPECT_GT(marked(RECT{42, 267, 678, 306}), 1000) << "the phase line";
-    EXPECT_EQ(marked(RECT{42, 306, 678, 309}), 0) << "two lines at most, the rest cut";
-    card.showCancel = false;
-    EXPECT_GT(marked(RECT{582, 313, 678, 336}), 100) << "without a button the line runs on to 678";
-    EXPECT_EQ(marked(RECT{678, 313, 720, 336}), 0);
-    EXPECT_EQ(marked(RECT{600, 337, 678, 339}), 0) << "no button";
+    CheckCard(96, false);
+    CheckCard(144, true);
 }
 
 TEST(StartupWindow, ForcedDpiIgnoresDpiChangesAndAFollowingWindowResizes)
@@ -244,39 +203,17 @@ TEST(StartupWindow, ForcedDpiIgnoresDpiChangesAndAFollowingWindowResizes)
     }
 }
 
-TEST(StartupWindow, ClickEscapeAndCloseCancelWhileACancelIsPossible)
+TEST(StartupWindow, EscapeAndCloseCancelWhileACancelIsPossible)
 {
     std::atomic<bool> cancel{false};
-    {
-        StartupMonitor monitor({.forcedDpi = 144, .noBackground = true, .cancelFlag = &cancel});
-        const HWND window = monitor.WindowHandle();
-        ASSERT_NE(window, nullptr);
-        const RECT button = CancelButtonRect(144);
-        SendMessageW(window, WM_RBUTTONUP, 0, MAKELPARAM(button.left + 4, button.top + 4));
-        SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.left - 1, button.top + 4));
-        SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.left + 4, button.bottom));
-        SendMessageW(window, WM_KEYDOWN, VK_RETURN, 0);
-        EXPECT_FALSE(cancel.load()) << "right button, beside the button, another key";
-        SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.right - 1, button.bottom - 1));
-        EXPECT_TRUE(cancel.load());
-        SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.left, button.top));
-        EXPECT_EQ(monitor.Snapshot().observedPhases, std::vector<Text>{L"Cancelling…"}) << "a second click: no more";
-    }
-    cancel = false;
-    {
-        StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .chinese = true, .cancelFlag = &cancel});
-        SendMessageW(monitor.WindowHandle(), WM_KEYDOWN, VK_ESCAPE, 0);
-        EXPECT_TRUE(cancel.load());
-        EXPECT_EQ(monitor.PhaseText(), L"正在取消…");
-    }
-    cancel = false;
     StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
     const HWND window = monitor.WindowHandle();
+    ASSERT_NE(window, nullptr);
+    SendMessageW(window, WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_TRUE(cancel.exchange(false)) << "Escape";
     SendMessageW(window, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(cancel.load());
+    EXPECT_TRUE(cancel.exchange(false));
     EXPECT_TRUE(IsWindowVisible(window)) << "a close while a cancel is possible leaves the window";
-    EXPECT_EQ(monitor.PhaseText(), L"Cancelling…");
-    cancel = false;
     monitor.Close();
     EXPECT_FALSE(cancel.load()) << "the owner's close is no cancel";
     EXPECT_FALSE(IsWindow(window));
@@ -288,7 +225,6 @@ TEST(StartupWindow, WithoutAFlagThereIsNoButtonAndACloseEndsTheWindow)
     StartupMonitor preview({.forcedDpi = 96, .noBackground = true});
     const HWND window = preview.WindowHandle();
     const Picture image = Picture::OfWindow(window, [](const Picture& shown) { return shown.At(5, 5) == kBase; });
-    EXPECT_EQ(image.At(715, 365), kBase) << "no art: the base fill";
     EXPECT_EQ(image.Count(CancelButtonRect(96), [](COLORREF colour) { return colour != kBase; }), 0);
     SendMessageW(window, WM_CLOSE, 0, 0);
     EXPECT_FALSE(IsWindow(window));
@@ -301,9 +237,8 @@ TEST(StartupWindow, BarWrapsAndTheDetailLineCountsSeconds)
 {
     EXPECT_EQ(MovingBarColumn(2399, 0).x, 635) << "the tail at the right end";
     EXPECT_EQ(MovingBarColumn(2399, 95).x, 94) << "the head wrapped to the left";
-    // Whole seconds, past a minute too (both languages are in the user-text table); no separator without a status.
+    // Whole seconds (with a status in the user-text table); no separator without one.
     EXPECT_EQ(StartupDetailText(999, L"", false), L"Waited 0 s");
-    EXPECT_EQ(StartupDetailText(61500, L"SDK cache hit, verifying", false), L"Waited 61 s · SDK cache hit, verifying");
 }
 
 }  // namespace
