@@ -1,12 +1,13 @@
-// The monitor's phase history and cache state, and the report drawn from them.
+// The monitor's phase history and cache state, the report drawn from them, and the two reports
+// of -KorvaneStartupPreview run by the real launcher.
 #include "TestSupport.h"
 
+#include "foundation/Json.h"
 #include "startup/StartupMonitor.h"
 #include "startup/StartupReport.h"
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <vector>
 
 namespace korvane {
@@ -22,18 +23,9 @@ TEST(StartupMonitor, PhaseHistoryKeepsDistinctSuccessiveLinesUpTo128)
     }
     EXPECT_EQ(monitor.Snapshot().observedPhases, (std::vector<Text>{L"Shaders…", L"A", L"Shaders…"}));
 
-    // Writers on several threads while the window paints.
-    std::vector<std::thread> writers;
-    for (int thread = 0; thread < 4; ++thread) {
-        writers.emplace_back([&monitor, thread] {
-            for (int index = 0; index < 200; ++index) {
-                monitor.SetPhaseText(L"line " + DecimalText(static_cast<std::uint64_t>(thread * 1000 + index)));
-                monitor.SetCacheState(index % 3 - 1, index % 2 == 0);
-            }
-        });
-    }
-    for (std::thread& writer : writers) {
-        writer.join();
+    // Writers on other threads while the window paints are the launch's own way; here, the limit.
+    for (std::uint64_t index = 0; index < 200; ++index) {
+        monitor.SetPhaseText(L"line " + DecimalText(index));
     }
     monitor.SetPhaseText(L"last");
     const StartupSnapshot full = monitor.Snapshot();
@@ -69,13 +61,50 @@ TEST(StartupReport, KeysInOrderWithTheValuesOfThatMoment)
             "\"backgroundLoaded\":false,\"logoLoaded\":true,\"phase\":\"say \\\"hi\\\" \\\\ \\ttab\\r\\nend\","
             "\"observedPhases\":[\"say \\\"hi\\\" \\\\ \\ttab\\r\\nend\"],"
             "\"cacheStatus\":\"SDK 缓存命中，已完整校验\",\"cacheHit\":true,\"cacheVerified\":true}");
-    WriteStartupReport(monitor, scratch / L"missing\\startup.json");
-    EXPECT_FALSE(testing::FileExists(scratch / L"missing\\startup.json")) << "a missing folder gives no file";
 
     StartupSnapshot unpainted;
     unpainted.cacheHit = 0;
     EXPECT_EQ(ComposeStartupReport(unpainted).rfind("{\"firstPaintMs\":0,", 0), 0u);
     EXPECT_NE(ComposeStartupReport(unpainted).find(",\"cacheHit\":false,"), Bytes::npos);
+}
+
+TEST(StartupPreview, FirstReportHasAPaintAndTheLastTheValuesAsked)
+{
+    testing::ScratchDirectory scratch(L"preview");
+    const Text report = scratch / L"startup.json";
+    const auto number = [](const JsonValue& values, const wchar_t* key) {
+        return std::wcstoull(FindJsonMember(values, key).text.c_str(), nullptr, 10);
+    };
+    testing::ProcessOptions options;
+    options.hidden = false;
+    testing::ChildProcess preview = testing::ChildProcess::Start(testing::BuiltLauncherPath(),
+        {L"-KorvaneStartupPreview", L"-KorvaneStartupReport=" + report, L"-KorvaneStartupPreviewMs=2500",
+            L"-KorvaneStartupPreviewDpi=144", L"-KorvaneStartupPreviewLanguage=ZH-hans",
+            L"-KorvaneStartupPreviewNoBackground", L"-KorvaneStartupPhase=say \"hi\" \\ \x01\x1F\ttab"},
+        options);
+    ASSERT_TRUE(preview.IsStarted());
+    // The first report, once whole: nothing signals it to another process, and a reader may
+    // come between the file's creation and the write.
+    Bytes firstBytes;
+    for (int round = 0; round < 1000 && (firstBytes.empty() || firstBytes.back() != '}'); ++round) {
+        Sleep(10);
+        firstBytes = testing::ReadFileBytes(report);
+    }
+    // The report's form is checked where it is composed; here, what the preview put into it.
+    const JsonValue first = ParseJson(firstBytes);
+    EXPECT_GE(number(first, L"firstPaintMs"), number(first, L"assetLoadMs")) << "no paint is counted before the assets";
+
+    ASSERT_TRUE(preview.Wait(30000));
+    EXPECT_EQ(preview.ExitCode(), 0u);
+    const JsonValue last = ParseJson(testing::ReadFileBytes(report));
+    EXPECT_GT(number(last, L"paintCount"), number(first, L"paintCount") + 10) << "about 16 paints a second";
+    EXPECT_EQ(number(last, L"firstPaintMs"), number(first, L"firstPaintMs"));
+    EXPECT_EQ(number(last, L"dpi"), 144u) << "the size follows the DPI, as the window tests show";
+    EXPECT_EQ(FindJsonMember(last, L"language").text, L"zh-Hans");
+    EXPECT_EQ(FindJsonMember(last, L"backgroundLoaded").text, L"false");
+    EXPECT_EQ(FindJsonMember(last, L"logoLoaded").text, L"true") << "the icon from the launcher's own resources";
+    EXPECT_EQ(FindJsonMember(last, L"phase").text, L"say \"hi\" \\ \ttab") << "other control characters are dropped";
+    EXPECT_EQ(FindJsonMember(last, L"cacheHit").kind, JsonKind::Null);
 }
 
 }  // namespace
