@@ -1,13 +1,20 @@
 // Following a growing log file: lines and UTF-8 split across reads, the carry, overlong lines,
-// a file that shrinks or is written anew, and logs of an earlier run. (Every marker of a real
-// editor's log followed while it grows is checked by bench/LogFollowBench.)
+// a file that shrinks or is written anew, logs of an earlier run, and a whole log a real editor
+// wrote. Then the watch of a real child process that plays the starting editor (startup_child.exe,
+// built beside these tests): its log and its windows. Its early end and a cancel, with the editor
+// ended by the cancelled code, are checked on whole launches.
 #include "TestSupport.h"
 
+#include "foundation/Paths.h"
 #include "startup/EditorLogFollower.h"
+#include "startup/EditorWindowSearch.h"
 #include "startup/StartupMarkers.h"
+#include "startup/StartupMonitor.h"
+#include "startup/WatchEditorStart.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace korvane {
@@ -67,16 +74,32 @@ TEST(EditorLogFollower, LinesSplitAcrossPassesComeOnceWhenTheirLineFeedArrives)
     }
     EXPECT_EQ(MatchStartupMarker(L"LogEngine: Initializing Engine...\r", false), L"Initializing the Editor engine…");
     EXPECT_EQ(log.follower.PendingBytes(), 4u);
+}
 
-    // One pass reads at most one 64 KiB block; the rest follows on the next, nothing skipped.
-    Bytes block;
-    for (int index = 0; index < 100; ++index) {
-        block += Bytes(999, static_cast<char>('a' + index % 26)) + "\n";
+// UTF-8 with a byte-order mark, lines up to 21 KB, and a line with a path in Chinese across the
+// first block boundary: read one block of at most 64 KiB a pass, nothing skipped.
+TEST(EditorLogFollower, ARealEditorLogGivesEveryLineAndItsMarkersInOrder)
+{
+    FollowedLog log;
+    testing::WriteFileBytes(log.path, testing::ReadRealData(L"logs\\ue5.4.4_2687695258__bd5.0-z1\\model.log"));
+    Lines lines;
+    int passes = 0;
+    for (Lines more = log.Pass(); !more.empty(); more = log.Pass()) {
+        lines.insert(lines.end(), more.begin(), more.end());
+        ++passes;
     }
-    EXPECT_EQ(log.After("\n" + block).size(), 66u);
-    EXPECT_EQ(log.follower.Position(), 63 + kLogReadBlockBytes);
-    EXPECT_EQ(log.Pass().size(), 35u);
-    EXPECT_EQ(log.follower.Position(), 63 + 1 + 100000u);
+    EXPECT_EQ(passes, 3);
+    EXPECT_EQ(lines.size(), 1173u);
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const Text& line) { return line.find(L"上传官网") != Text::npos; }),
+        20);
+    Lines phases;
+    for (const Text& line : lines) {
+        const Text phase = MatchStartupMarker(line, true);
+        if (!phase.empty() && (phases.empty() || phases.back() != phase)) {
+            phases.push_back(phase);
+        }
+    }
+    EXPECT_EQ(phases, (Lines{L"正在准备渲染与着色器…", L"正在初始化编辑器引擎…", L"引擎初始化完成，正在建立编辑界面…"}));
 }
 
 TEST(EditorLogFollower, OverlongLineIsDroppedWholeAndReadingGoesOn)
@@ -118,8 +141,6 @@ TEST(EditorLogFollower, FileOpenedAfreshEachPassIsReadFromThePosition)
         EXPECT_EQ(log.Pass(), Lines{}) << "a file that cannot be opened skips the pass";
     }
     EXPECT_EQ(log.Pass(), Lines{L"two"});
-    ASSERT_TRUE(MoveFileExW(log.path.c_str(), (log.scratch / L"Editor-backup.log").c_str(), 0));
-    EXPECT_EQ(log.After(Bytes(26, '-') + "\nthree\n"), Lines{L"three"}) << "renamed away and replaced";
 }
 
 TEST(EditorLogFollower, LogOfAnEarlierRunIsNotRead)
@@ -132,6 +153,54 @@ TEST(EditorLogFollower, LogOfAnEarlierRunIsNotRead)
     EXPECT_EQ(log.follower.Position(), 0u);
     SetLastWriteTime(log.path, notBefore);
     EXPECT_EQ(log.Pass(), Lines{L"LogEngine: Initializing Engine"}) << "written by this run: read from its start";
+}
+
+// Shown: its windows must be seen.
+testing::ChildProcess StartChild(const Lines& steps)
+{
+    testing::ProcessOptions options;
+    options.hidden = false;
+    testing::ChildProcess child =
+        testing::ChildProcess::Start(JoinPath(testing::BinaryDirectory(), L"startup_child.exe"), steps, options);
+    EXPECT_TRUE(child.IsStarted());
+    return child;
+}
+
+TEST(EditorWindowSearch, OnlyAVisibleUnownedWindowLargerThanASplashCounts)
+{
+    // None of the first child's windows counts: each is a pixel too narrow or too low, of a splash
+    // class (whatever its size), hidden, or owned. The second's is just large enough.
+    const std::pair<Lines, bool> children[] = {
+        {{L"--window=300x151", L"--window=301x150", L"--window=1280x720:UnrealSPLASHWindow",
+             L"--hidden-window=1280x720", L"--window=200x100", L"--owned-window=1280x720", L"--stay"},
+            false},
+        {{L"--window=301x151", L"--stay"}, true},
+    };
+    for (const auto& [steps, counts] : children) {
+        testing::ChildProcess child = StartChild(steps);
+        EXPECT_EQ(WaitForInputIdle(child.Handle(), 30000), 0u) << "its windows made, it waits for messages";
+        EXPECT_EQ(EditorMainWindowExists(child.Id()), counts);
+        child.Kill();
+    }
+}
+
+// In the monitor's language (English is seen on whole launches), from the loading line on; a log of
+// an earlier run is the follower's own case.
+TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
+{
+    testing::ScratchDirectory scratch(L"watch-log");
+    const Text log = scratch / L"Saved\\Logs\\KorvaneLauncher-1-2.log";
+    testing::MakeDirectories(scratch / L"Saved\\Logs");
+    std::atomic<bool> cancel{false};
+    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .chinese = true, .cancelFlag = &cancel});
+    testing::ChildProcess child = StartChild({L"--log=" + log, L"--write=LogInit: Display: Running engine",
+        L"--write=LogShaderCompilers: Display: Compiling shader autogen file: a", L"--write=LogEngine: Initializing Engine...",
+        L"--window=200x100:SplashScreen", L"--window=1280x720", L"--stay"});
+    EXPECT_TRUE(WatchEditorStart(monitor, child.Handle(), child.Id(), cancel, log, 0));
+    EXPECT_EQ(monitor.Snapshot().observedPhases,
+        (Lines{L"正在加载编辑器模块与界面…", L"正在准备渲染与着色器…", L"正在初始化编辑器引擎…"}));
+    EXPECT_FALSE(cancel.load());
+    EXPECT_EQ(WaitForSingleObject(child.Handle(), 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the editor runs on";
 }
 
 }  // namespace
