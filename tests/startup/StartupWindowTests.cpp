@@ -81,14 +81,11 @@ struct Picture {
     std::vector<DWORD> pixels;
 };
 
+// The test's own scaling, for the places and sizes it checks; the areas it only looks into are the
+// product's ScaledRect.
 int Scale(int value, std::uint32_t dpi)
 {
     return MulDiv(value, static_cast<int>(dpi), 96);
-}
-
-RECT Scale(RECT area, std::uint32_t dpi)
-{
-    return RECT{Scale(area.left, dpi), Scale(area.top, dpi), Scale(area.right, dpi), Scale(area.bottom, dpi)};
 }
 
 bool IsBar(COLORREF colour)
@@ -109,7 +106,7 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     StartupMonitor monitor({.forcedDpi = dpi, .chinese = chinese, .cancelFlag = &cancel});
     const HWND window = monitor.WindowHandle();
     ASSERT_NE(window, nullptr);
-    // A phase longer than its two lines, as a preview may be given. (No cache state is long enough to
+    // A phase longer than its rectangle, as a preview may be given. (No cache state is long enough to
     // reach the Cancel button, so the detail line's own limit is never met.)
     Text phase;
     for (int word = 0; word < 60; ++word) {
@@ -126,7 +123,7 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     EXPECT_EQ(bounds.left, work.left + (work.right - work.left - Scale(720, dpi)) / 2) << "centred on the work area";
     EXPECT_EQ(bounds.top, work.top + (work.bottom - work.top - Scale(370, dpi)) / 2);
     // Its 60 ms timer keeps it painting: the phase set above shows soon.
-    const RECT phaseLine = Scale(RECT{42, 267, 678, 306}, dpi);
+    const RECT phaseLine = ScaledRect(42, 267, 678, 306, dpi);
     const Picture image =
         Picture::OfWindow(window, [&](const Picture& shown) { return shown.Count(phaseLine, IsBright) > 100; });
     ASSERT_EQ(image.width, Scale(720, dpi));
@@ -162,11 +159,11 @@ void CheckCard(std::uint32_t dpi, bool chinese)
 
     const COLORREF logo = image.At(Scale(126, dpi), Scale(176, dpi));
     EXPECT_GT(GetRValue(logo) + GetGValue(logo) + GetBValue(logo), 60) << "the logo";
-    EXPECT_GT(image.Count(Scale(RECT{230, 124, 684, 178}, dpi), IsBright), 300) << "the title";
-    EXPECT_GT(image.Count(Scale(RECT{233, 185, 684, 218}, dpi), IsBright), 60) << "the subtitle";
-    EXPECT_GT(image.Count(phaseLine, IsBright), 1000) << "the phase line";
-    EXPECT_EQ(image.Count(Scale(RECT{42, 306, 678, 309}, dpi), IsBright), 0) << "two lines at most, the rest cut";
-    EXPECT_EQ(image.Count(Scale(RECT{42, 218, 678, 245}, dpi), IsBright), 0) << "nothing below the subtitle";
+    EXPECT_GT(image.Count(ScaledRect(230, 124, 684, 178, dpi), IsBright), 300) << "the title";
+    EXPECT_GT(image.Count(ScaledRect(233, 185, 684, 218, dpi), IsBright), 60) << "the subtitle";
+    EXPECT_GT(image.Count(phaseLine, IsBright), 100) << "the phase line";
+    EXPECT_EQ(image.Count(ScaledRect(42, 306, 678, 309, dpi), IsBright), 0) << "the rest of a long phase is cut";
+    EXPECT_EQ(image.Count(ScaledRect(42, 218, 678, 245, dpi), IsBright), 0) << "nothing below the subtitle";
 
     // Only a left click inside the button cancels, at the button's place for the DPI; the window then
     // says so in its language.
@@ -176,39 +173,10 @@ void CheckCard(std::uint32_t dpi, bool chinese)
     SendMessageW(window, WM_KEYDOWN, VK_RETURN, 0);
     EXPECT_FALSE(cancel.load()) << "right button, beside the button, another key";
     SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(button.right - 1, button.bottom - 1));
-    EXPECT_TRUE(cancel.load());
+    EXPECT_TRUE(cancel.exchange(false));
     EXPECT_EQ(monitor.PhaseText(), chinese ? L"正在取消…" : L"Cancelling…");
-}
-
-// A DPI scaling fault shows at any DPI but 96; a text fault in one Chinese run.
-TEST(StartupWindow, CardMatchesItsGeometryAtTwoDpisInBothLanguages)
-{
-    CheckCard(96, false);
-    CheckCard(144, true);
-}
-
-TEST(StartupWindow, ForcedDpiIgnoresDpiChangesAndAFollowingWindowResizes)
-{
-    for (const std::uint32_t forced : {144u, 0u}) {
-        StartupMonitor monitor({.forcedDpi = forced, .noBackground = true});
-        ASSERT_NE(monitor.WindowHandle(), nullptr);
-        EXPECT_EQ(monitor.Snapshot().dpi, forced == 0 ? GetDpiForSystem() : forced);
-        RECT suggested{10, 20, 10 + 1440, 20 + 740};
-        SendMessageW(monitor.WindowHandle(), WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&suggested));
-        RECT bounds{};
-        GetWindowRect(monitor.WindowHandle(), &bounds);
-        EXPECT_EQ(bounds.right - bounds.left, forced == 0 ? 1440 : 1080);
-        EXPECT_EQ(bounds.bottom - bounds.top, forced == 0 ? 740 : 555);
-        EXPECT_EQ(monitor.Snapshot().dpi, forced == 0 ? 192u : 144u);
-    }
-}
-
-TEST(StartupWindow, EscapeAndCloseCancelWhileACancelIsPossible)
-{
-    std::atomic<bool> cancel{false};
-    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .cancelFlag = &cancel});
-    const HWND window = monitor.WindowHandle();
-    ASSERT_NE(window, nullptr);
+    // Escape and a close from the task bar cancel too; the window stays until its owner closes it,
+    // which is no cancel.
     SendMessageW(window, WM_KEYDOWN, VK_ESCAPE, 0);
     EXPECT_TRUE(cancel.exchange(false)) << "Escape";
     SendMessageW(window, WM_CLOSE, 0, 0);
@@ -220,17 +188,33 @@ TEST(StartupWindow, EscapeAndCloseCancelWhileACancelIsPossible)
     monitor.Close();  // a second close does nothing
 }
 
-TEST(StartupWindow, WithoutAFlagThereIsNoButtonAndACloseEndsTheWindow)
+// A DPI scaling fault shows at any DPI but 96; a text fault in one Chinese run.
+TEST(StartupWindow, CardMatchesItsGeometryAtTwoDpisInBothLanguages)
 {
-    StartupMonitor preview({.forcedDpi = 96, .noBackground = true});
-    const HWND window = preview.WindowHandle();
-    const Picture image = Picture::OfWindow(window, [](const Picture& shown) { return shown.At(5, 5) == kBase; });
-    EXPECT_EQ(image.Count(CancelButtonRect(96), [](COLORREF colour) { return colour != kBase; }), 0);
-    SendMessageW(window, WM_CLOSE, 0, 0);
-    EXPECT_FALSE(IsWindow(window));
-    EXPECT_EQ(preview.WindowHandle(), nullptr);
-    preview.SetPhaseText(L"still usable");
-    EXPECT_EQ(preview.PhaseText(), L"still usable");
+    CheckCard(96, false);
+    CheckCard(144, true);
+}
+
+// Windows without a cancel flag, as the preview shows: no button, and a close ends the window.
+TEST(StartupWindow, ForcedDpiIgnoresDpiChangesAndAFollowingWindowResizes)
+{
+    for (const std::uint32_t forced : {144u, 0u}) {
+        StartupMonitor monitor({.forcedDpi = forced, .noBackground = true});
+        const HWND window = monitor.WindowHandle();
+        ASSERT_NE(window, nullptr);
+        const RECT button = CancelButtonRect(monitor.Snapshot().dpi);
+        const Picture image = Picture::OfWindow(window, [](const Picture& shown) { return shown.At(5, 5) == kBase; });
+        EXPECT_EQ(image.Count(button, [](COLORREF colour) { return colour != kBase; }), 0) << "no button";
+        RECT suggested{10, 20, 10 + 1440, 20 + 740};
+        SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&suggested));
+        RECT bounds{};
+        GetWindowRect(window, &bounds);
+        EXPECT_EQ(bounds.right - bounds.left, forced == 0 ? 1440 : 1080);
+        EXPECT_EQ(bounds.bottom - bounds.top, forced == 0 ? 740 : 555);
+        EXPECT_EQ(monitor.Snapshot().dpi, forced == 0 ? 192u : 144u);
+        SendMessageW(window, WM_CLOSE, 0, 0);
+        EXPECT_FALSE(IsWindow(window));
+    }
 }
 
 TEST(StartupWindow, BarWrapsAndTheDetailLineCountsSeconds)
