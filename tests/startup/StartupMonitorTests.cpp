@@ -75,13 +75,11 @@ TEST(StartupPreview, FirstReportHasAPaintAndTheLastTheValuesAsked)
     const auto number = [](const JsonValue& values, const wchar_t* key) {
         return std::wcstoull(FindJsonMember(values, key).text.c_str(), nullptr, 10);
     };
-    testing::ProcessOptions options;
-    options.hidden = false;
     testing::ChildProcess preview = testing::ChildProcess::Start(testing::BuiltLauncherPath(),
         {L"-KorvaneStartupPreview", L"-KorvaneStartupReport=" + report, L"-KorvaneStartupPreviewMs=2500",
             L"-KorvaneStartupPreviewDpi=144", L"-KorvaneStartupPreviewLanguage=ZH-hans",
             L"-KorvaneStartupPreviewNoBackground", L"-KorvaneStartupPhase=say \"hi\" \\ \x01\x1F\ttab"},
-        options);
+        {.currentDirectory = {}, .hidden = false});
     ASSERT_TRUE(preview.IsStarted());
     // The first report, once whole: nothing signals it to another process, and a reader may
     // come between the file's creation and the write.
