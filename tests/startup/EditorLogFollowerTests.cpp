@@ -89,8 +89,8 @@ TEST(EditorLogFollower, ARealEditorLogGivesEveryLineAndItsMarkersInOrder)
     }
     EXPECT_EQ(passes, 3);
     EXPECT_EQ(lines.size(), 1173u);
-    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const Text& line) { return line.find(L"上传官网") != Text::npos; }),
-        20);
+    const auto naming = [](const Text& line) { return line.find(L"上传官网") != Text::npos; };
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), naming), 20) << "the Chinese path, whole in every line";
     Lines phases;
     for (const Text& line : lines) {
         if (Text phase = MatchStartupMarker(line, true); !phase.empty()) {

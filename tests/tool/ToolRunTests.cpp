@@ -200,8 +200,9 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
         {LR"({"prepare":{"stageDelayMs":200}})", -1, install.ModId(0), Gone::None, false, L"", hit},
         // Never reported: unknown when done.
         {LR"({"prepare":{"cacheHit":-1}})", 0, L"", Gone::None, false, L"", {{-1, false}, {-1, true}}},
-        // A progress file over its limit costs only the live text.
-        {LR"({"prepare":{"progress":"oversized"}})", 0, L"", Gone::None, false, L"", hit},
+        // A progress file over its limit costs only the live text; stages slower than the poll, so that
+        // it is read.
+        {LR"({"prepare":{"progress":"oversized","stageDelayMs":150}})", 0, L"", Gone::None, false, L"", hit},
     };
     const auto tempBefore = testing::LauncherTempFiles();
     const Text savedSelection = LaunchSelectionPath(install.EditorRoot());
@@ -226,7 +227,7 @@ TEST(PrepareWorkspace, EveryOutcomeWithItsMessageStateAndFiles)
         }
         EXPECT_EQ(prepared, row.error.empty());
         EXPECT_EQ(error, row.error);
-        EXPECT_EQ(preparation.outcome.workspace.has_value(), prepared) << "the answer, as the selection file tests judge it";
+        EXPECT_EQ(preparation.outcome.workspace.has_value(), prepared) << "judged as in the selection file tests";
         const bool lookedUp = row.modFile < 0 && prepared;
         EXPECT_EQ(preparation.outcome.modFile, row.modFile >= 0 || lookedUp ? install.ModPackage(0) : Text());
         const std::vector<JsonValue> calls = install.ToolCalls();
