@@ -1,13 +1,20 @@
 // Following a growing log file: lines and UTF-8 split across reads, the carry, overlong lines,
-// a file that shrinks or is written anew, and logs of an earlier run. (Every marker of a real
-// editor's log followed while it grows is checked by bench/LogFollowBench.)
+// a file that shrinks or is written anew, logs of an earlier run, and a whole log a real editor
+// wrote. Then the watch of a real child process that plays the starting editor (startup_child.exe,
+// built beside these tests): its log and its windows. Its early end and a cancel, with the editor
+// ended by the cancelled code, are checked on whole launches.
 #include "TestSupport.h"
 
+#include "foundation/Paths.h"
 #include "startup/EditorLogFollower.h"
+#include "startup/EditorWindowSearch.h"
 #include "startup/StartupMarkers.h"
+#include "startup/StartupMonitor.h"
+#include "startup/WatchEditorStart.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace korvane {
@@ -24,12 +31,12 @@ void AppendBytes(TextView path, BytesView bytes)
     ASSERT_TRUE(WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
 }
 
-void SetLastWriteTime(TextView path, std::uint64_t time)
+// The time of day as a FILETIME count, as the launch takes it when it starts the editor.
+std::uint64_t Now()
 {
-    UniqueFileHandle file(CreateFileW(Text(path).c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
-        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    FILETIME lastWrite{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-    ASSERT_TRUE(SetFileTime(file.Get(), nullptr, nullptr, &lastWrite));
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
 }
 
 struct FollowedLog {
@@ -65,18 +72,33 @@ TEST(EditorLogFollower, LinesSplitAcrossPassesComeOnceWhenTheirLineFeedArrives)
     for (const auto& [bytes, lines] : steps) {
         EXPECT_EQ(log.After(bytes), lines) << bytes;
     }
-    EXPECT_EQ(MatchStartupMarker(L"LogEngine: Initializing Engine...\r", false), L"Initializing the Editor engine…");
     EXPECT_EQ(log.follower.PendingBytes(), 4u);
+}
 
-    // One pass reads at most one 64 KiB block; the rest follows on the next, nothing skipped.
-    Bytes block;
-    for (int index = 0; index < 100; ++index) {
-        block += Bytes(999, static_cast<char>('a' + index % 26)) + "\n";
+// UTF-8 with a byte-order mark, lines up to 21 KB, and a line with a path in Chinese across the
+// first block boundary: read one block of at most 64 KiB a pass, nothing skipped.
+TEST(EditorLogFollower, ARealEditorLogGivesEveryLineAndItsMarkersInOrder)
+{
+    FollowedLog log;
+    testing::WriteFileBytes(log.path, testing::ReadRealData(L"logs\\ue5.4.4_2687695258__bd5.0-z1\\model.log"));
+    Lines lines;
+    int passes = 0;
+    for (Lines more = log.Pass(); !more.empty(); more = log.Pass()) {
+        lines.insert(lines.end(), more.begin(), more.end());
+        ++passes;
     }
-    EXPECT_EQ(log.After("\n" + block).size(), 66u);
-    EXPECT_EQ(log.follower.Position(), 63 + kLogReadBlockBytes);
-    EXPECT_EQ(log.Pass().size(), 35u);
-    EXPECT_EQ(log.follower.Position(), 63 + 1 + 100000u);
+    EXPECT_EQ(passes, 3);
+    EXPECT_EQ(lines.size(), 1173u);
+    const auto naming = [](const Text& line) { return line.find(L"上传官网") != Text::npos; };
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), naming), 20) << "the Chinese path, whole in every line";
+    Lines phases;
+    for (const Text& line : lines) {
+        if (Text phase = MatchStartupMarker(line, true); !phase.empty()) {
+            phases.push_back(std::move(phase));
+        }
+    }
+    phases.erase(std::unique(phases.begin(), phases.end()), phases.end());  // as the window keeps them
+    EXPECT_EQ(phases, (Lines{L"正在准备渲染与着色器…", L"正在初始化编辑器引擎…", L"引擎初始化完成，正在建立编辑界面…"}));
 }
 
 TEST(EditorLogFollower, OverlongLineIsDroppedWholeAndReadingGoesOn)
@@ -118,20 +140,59 @@ TEST(EditorLogFollower, FileOpenedAfreshEachPassIsReadFromThePosition)
         EXPECT_EQ(log.Pass(), Lines{}) << "a file that cannot be opened skips the pass";
     }
     EXPECT_EQ(log.Pass(), Lines{L"two"});
-    ASSERT_TRUE(MoveFileExW(log.path.c_str(), (log.scratch / L"Editor-backup.log").c_str(), 0));
-    EXPECT_EQ(log.After(Bytes(26, '-') + "\nthree\n"), Lines{L"three"}) << "renamed away and replaced";
 }
 
+// A log written by this run is read by the watch below.
 TEST(EditorLogFollower, LogOfAnEarlierRunIsNotRead)
 {
-    const std::uint64_t notBefore = 134000000000000000ull;  // in 2025
-    FollowedLog log(notBefore);
-    AppendBytes(log.path, "LogEngine: Initializing Engine\n");
-    SetLastWriteTime(log.path, notBefore - 36000000000ull);  // an hour before
-    EXPECT_EQ(log.Pass(), Lines{});
+    FollowedLog log(Now() + 36000000000ull);  // the run began an hour after the log was last written
+    EXPECT_EQ(log.After("LogEngine: Initializing Engine\n"), Lines{});
     EXPECT_EQ(log.follower.Position(), 0u);
-    SetLastWriteTime(log.path, notBefore);
-    EXPECT_EQ(log.Pass(), Lines{L"LogEngine: Initializing Engine"}) << "written by this run: read from its start";
+}
+
+// Shown: its windows must be seen.
+testing::ChildProcess StartChild(const Lines& steps)
+{
+    testing::ChildProcess child = testing::ChildProcess::Start(JoinPath(testing::BinaryDirectory(), L"startup_child.exe"),
+        steps, {.currentDirectory = {}, .hidden = false});
+    EXPECT_TRUE(child.IsStarted());
+    return child;
+}
+
+TEST(EditorWindowSearch, OnlyAVisibleUnownedWindowLargerThanASplashCounts)
+{
+    // None of the first child's windows counts: each is a pixel too narrow or too low, of a splash
+    // class (whatever its size), hidden, or owned. The second's is just large enough.
+    const std::pair<Lines, bool> children[] = {
+        {{L"--window=300x151", L"--window=301x150", L"--window=1280x720:UnrealSPLASHWindow",
+             L"--hidden-window=1280x720", L"--window=200x100", L"--owned-window=1280x720", L"--stay"},
+            false},
+        {{L"--window=301x151", L"--stay"}, true},
+    };
+    for (const auto& [steps, counts] : children) {
+        testing::ChildProcess child = StartChild(steps);
+        EXPECT_EQ(WaitForInputIdle(child.Handle(), 30000), 0u) << "its windows made, it waits for messages";
+        EXPECT_EQ(EditorMainWindowExists(child.Id()), counts);
+        child.Kill();
+    }
+}
+
+// In the monitor's language (English is seen on whole launches), from the loading line on.
+TEST(WatchEditorStart, LogMarkersMoveThePhaseUntilTheMainWindowStands)
+{
+    testing::ScratchDirectory scratch(L"watch-log");
+    const Text log = scratch / L"KorvaneLauncher-1-2.log";
+    std::atomic<bool> cancel{false};
+    StartupMonitor monitor({.forcedDpi = 96, .noBackground = true, .chinese = true, .cancelFlag = &cancel});
+    // The log stands whole before the editor's window, so that the watch has read it by then.
+    const std::uint64_t notBefore = Now();
+    testing::WriteFileBytes(log, "LogInit: Display: Running engine\n"
+                                 "LogShaderCompilers: Display: Compiling shader autogen file: a\n"
+                                 "LogEngine: Initializing Engine...\n");
+    testing::ChildProcess child = StartChild({L"--window=1280x720", L"--stay"});
+    EXPECT_TRUE(WatchEditorStart(monitor, child.Handle(), child.Id(), cancel, log, notBefore));
+    EXPECT_EQ(monitor.Snapshot().observedPhases,
+        (Lines{L"正在加载编辑器模块与界面…", L"正在准备渲染与着色器…", L"正在初始化编辑器引擎…"}));
 }
 
 }  // namespace
