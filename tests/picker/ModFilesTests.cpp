@@ -102,13 +102,8 @@ Text ModCountStatus(std::size_t count)
 // The ".umod" files of a folder.
 std::set<Text> PackagesIn(TextView folder)
 {
-    std::set<Text> packages;
-    WIN32_FIND_DATAW found{};
-    const UniqueFindHandle search(FindFirstFileW(JoinPath(folder, L"*.umod").c_str(), &found));
-    for (bool more = bool(search); more; more = FindNextFileW(search.Get(), &found) != FALSE) {
-        packages.insert(JoinPath(folder, found.cFileName));
-    }
-    return packages;
+    const std::vector<Text> packages = testing::FilesMatching(folder, L"*.umod");
+    return {packages.begin(), packages.end()};
 }
 
 Bytes Png(std::uint32_t width, std::uint32_t height, COLORREF colour, std::size_t fileSize = 0)

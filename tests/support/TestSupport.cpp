@@ -9,6 +9,7 @@
 
 #include <tlhelp32.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <system_error>
@@ -102,6 +103,18 @@ Bytes ReadFileBytes(TextView path)
 bool FileExists(TextView path)
 {
     return GetFileAttributesW(Text(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::vector<Text> FilesMatching(TextView folder, TextView pattern)
+{
+    std::vector<Text> files;
+    WIN32_FIND_DATAW found{};
+    const UniqueFindHandle search(FindFirstFileW(JoinPath(folder, pattern).c_str(), &found));
+    for (bool more = bool(search); more; more = FindNextFileW(search.Get(), &found) != FALSE) {
+        files.push_back(JoinPath(folder, found.cFileName));
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 void CopyFileTo(TextView from, TextView to)

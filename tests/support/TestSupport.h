@@ -59,6 +59,8 @@ void WriteFileText(TextView path, TextView text);  // as UTF-8, no byte-order ma
 // All bytes of a file; empty for a missing file.
 Bytes ReadFileBytes(TextView path);
 bool FileExists(TextView path);
+// The paths of the files in `folder` whose names match `pattern` ("*.umod"), sorted.
+std::vector<Text> FilesMatching(TextView folder, TextView pattern);
 void CopyFileTo(TextView from, TextView to);
 // Contents of a real-data sample file (../shared/realdata relative to the source tree).
 Bytes ReadRealData(TextView relativePath);

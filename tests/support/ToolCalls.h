@@ -6,7 +6,6 @@
 
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
-#include "foundation/UniqueResource.h"
 
 #include <gtest/gtest.h>
 
@@ -56,18 +55,9 @@ inline std::vector<Text> LauncherTempFiles()
 {
     wchar_t folder[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, folder);
-    std::vector<Text> files;
-    for (const wchar_t* pattern : {L"KVL*.tmp", L"KVD*.tmp"}) {
-        WIN32_FIND_DATAW found{};
-        const UniqueFindHandle search(FindFirstFileW(JoinPath(folder, pattern).c_str(), &found));
-        while (search) {
-            files.push_back(JoinPath(folder, found.cFileName));
-            if (!FindNextFileW(search.Get(), &found)) {
-                break;
-            }
-        }
-    }
-    std::sort(files.begin(), files.end());
+    std::vector<Text> files = FilesMatching(folder, L"KVL*.tmp");
+    const std::vector<Text> kvd = FilesMatching(folder, L"KVD*.tmp");
+    files.insert(files.end(), kvd.begin(), kvd.end());
     return files;
 }
 
