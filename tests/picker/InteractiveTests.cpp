@@ -1,10 +1,14 @@
 // The Interactive mode from end to end: the real launcher started with no arguments in a sample
 // install, its picker driven as an author drives it, the stand-in tool and editor playing theirs.
+// The language combo: a choice is saved into the editor's settings first and only then shown; a
+// choice that cannot be saved leaves the language as it was and says so.
 #include "PickerDriver.h"
 #include "SampleInstall.h"
+#include "UserSettingsFile.h"
 
 #include "foundation/Paths.h"
 #include "host/SdkDiscovery.h"
+#include "picker/Catalogue.h"
 #include "picker/PickerIds.h"
 #include "picker/PickerTexts.h"
 
@@ -16,12 +20,6 @@ namespace {
 using testing::PickerProcess;
 using testing::SampleInstall;
 
-
-Text ModCountStatus(const SampleInstall& install)
-{
-    return DecimalText(install.ModCount()) + L" Mods";
-}
-
 TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
 {
     SampleInstall install(L"interactive");
@@ -29,13 +27,11 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     testing::ScratchDirectory reports(L"interactive-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install))) << TextToUtf8(picker.TextOf(kStatusLineId));
+    ASSERT_TRUE(picker.WaitForStatus(ModCountText(install.ModCount()))) << TextToUtf8(picker.TextOf(kStatusLineId));
     EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the host's SDK is loaded";
 
-    // The search narrows the list to the one Mod of that name, in any case of A to Z.
-    Text query = install.ModName(3);
-    CharUpperBuffW(query.data(), static_cast<DWORD>(query.size()));
-    picker.Type(kSearchEditId, query);
+    // The search narrows the list to the one Mod of that name.
+    picker.Type(kSearchEditId, install.ModName(3));
     ASSERT_TRUE(testing::WaitUntil(picker.Process(),
         [&] { return SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0) == 1; }));
     picker.ClickRow(0);
@@ -61,16 +57,15 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
     testing::ScratchDirectory reports(L"interactive-failed-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
+    ASSERT_TRUE(picker.WaitForStatus(ModCountText(install.ModCount())));
     picker.ClickRow(1, true);  // a double-click starts editing
 
     const auto box = picker.AnswerBox();
-    const Text& message = box.text;
     EXPECT_EQ(box.title, L"Korvane operation failed");
-    EXPECT_EQ(message.rfind(L"Editor startup failed (exit code 3). Check the startup log in Saved/Logs.\n", 0), 0u)
-        << TextToUtf8(message);
+    EXPECT_EQ(box.text.rfind(L"Editor startup failed (exit code 3). Check the startup log in Saved/Logs.\n", 0), 0u)
+        << TextToUtf8(box.text);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
-    EXPECT_TRUE(picker.WaitForStatus(message));
+    EXPECT_TRUE(picker.WaitForStatus(box.text));
     EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)) != FALSE; }))
         << "the picker is usable again";
     EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the SDK, not the workspace";
@@ -95,23 +90,7 @@ TEST(Interactive, ClosingDuringALoadCancelsItAndClosesWhenItEnds)
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u) << "closed once the cancelled load ended";
     EXPECT_EQ(install.ToolCalls().size(), 1u);
-    EXPECT_EQ(testing::ReportStatus(picker.Report()), L"Cancelling…") << "the report of the moment it closed";
-}
-
-TEST(Interactive, AToolAnswerThatIsNoPreviewGivesTheOneMessage)
-{
-    SampleInstall install(L"interactive-schema");
-    install.SetToolScenario(LR"({"sdk-preview":{"stdout":"[]"}})");
-    testing::ScratchDirectory reports(L"interactive-schema-report");
-    PickerProcess picker(install.Launcher(), {}, reports.Path());
-    ASSERT_TRUE(picker.WaitForWindow());
-    const auto box = picker.AnswerBox();
-    EXPECT_EQ(box.text, L"Could not read the tool JSON result.");
-    EXPECT_EQ(box.title, L"Korvane operation failed");
-    EXPECT_TRUE(picker.WaitForStatus(L"Could not read the tool JSON result."));
-    EXPECT_EQ(FindJsonMember(picker.Report(), L"modCount").text, L"0");
-    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
-    EXPECT_EQ(picker.WaitForExit(), 0u);
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"status").text, L"Cancelling…") << "the report of the moment it closed";
 }
 
 TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSoInTheStatusLine)
@@ -120,7 +99,7 @@ TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSo
     testing::ScratchDirectory reports(L"interactive-stale-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
-    ASSERT_TRUE(picker.WaitForStatus(ModCountStatus(install)));
+    ASSERT_TRUE(picker.WaitForStatus(ModCountText(install.ModCount())));
     picker.ClickRow(0);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)); }));
 
@@ -131,7 +110,6 @@ TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSo
     for (const int command : {kStartEditingId, kDeleteModId, kNewModId, kImportModId}) {
         EXPECT_FALSE(IsWindowEnabled(picker.Control(command))) << command;
     }
-    EXPECT_TRUE(IsWindowEnabled(picker.Control(kRefreshId)));
     EXPECT_EQ(SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0), static_cast<LRESULT>(install.ModCount()));
 
     picker.Click(kRefreshId);
@@ -145,6 +123,53 @@ TEST(Interactive, AnEditedPathMakesTheListStaleAndARefreshThatSettlesNoSdkSaysSo
         << TextToUtf8(picker.TextOf(kStatusLineId));
     EXPECT_FALSE(testing::FindVisibleWindow(picker.Process().Id(), L"#32770")) << "told in the status line, no box";
     EXPECT_EQ(install.ToolCalls().size(), 1u) << "no load without an SDK";
+    PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker.WaitForExit(), 0u);
+}
+
+// The combo row shown as `displayName`.
+LRESULT LanguageRow(const PickerProcess& picker, TextView displayName)
+{
+    return SendMessageW(picker.Control(kLanguageComboId), CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+        reinterpret_cast<LPARAM>(Text(displayName).c_str()));
+}
+
+// Chooses the combo row shown as `displayName`, as a user's click on it would.
+void ChooseLanguage(const PickerProcess& picker, TextView displayName)
+{
+    const HWND combo = picker.Control(kLanguageComboId);
+    const LRESULT row = LanguageRow(picker, displayName);
+    ASSERT_NE(row, CB_ERR) << TextToUtf8(displayName);
+    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    SendMessageW(picker.Window(), WM_COMMAND, MAKEWPARAM(kLanguageComboId, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
+}
+
+TEST(PickerLanguage, AChoiceIsSavedBeforeItShowsAndAnUnsavedOneIsTakenBack)
+{
+    SampleInstall install(L"picker-language", L"5.3");
+    const testing::UserSettingsFile settings(L"5.3");
+    settings.Set(std::nullopt);
+    testing::ScratchDirectory reports(L"picker-language-report");
+    PickerProcess picker(install.Launcher(), {}, reports.Path());
+    ASSERT_TRUE(picker.WaitForWindow());
+    ASSERT_TRUE(picker.WaitForStatus(DecimalText(install.ModCount()) + L" Mods"));
+
+    ChooseLanguage(picker, L"\u7B80\u4F53\u4E2D\u6587");
+    EXPECT_EQ(picker.TextOf(kStartEditingId), kStartEditingButton.In(true));
+    const std::optional<Bytes> saved = settings.Get();
+    ASSERT_TRUE(saved.has_value()) << "saved through the editor's own settings file";
+    EXPECT_NE(saved->find("zh-Hans"), Bytes::npos);
+
+    // A folder where the file should be: the save fails, so Chinese stays, on screen and in the combo.
+    settings.Set(std::nullopt);
+    testing::MakeDirectories(settings.Path());
+    ChooseLanguage(picker, L"English");
+    EXPECT_EQ(picker.TextOf(kStatusLineId), kLanguageNotSavedStatus.In(true));
+    EXPECT_EQ(picker.TextOf(kStartEditingId), kStartEditingButton.In(true));
+    const LRESULT chinese = LanguageRow(picker, L"\u7B80\u4F53\u4E2D\u6587");
+    EXPECT_EQ(SendMessageW(picker.Control(kLanguageComboId), CB_GETCURSEL, 0, 0), chinese) << "the combo shows it too";
+    RemoveDirectoryW(settings.Path().c_str());
+
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u);
 }
