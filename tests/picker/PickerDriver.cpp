@@ -2,16 +2,9 @@
 
 #include "foundation/Files.h"
 #include "foundation/Paths.h"
-
-#include <gtest/gtest.h>
+#include "picker/PickerIds.h"
 
 namespace korvane::testing {
-namespace {
-
-constexpr int kModListId = 1009;
-constexpr int kStatusLineId = 1005;
-
-}  // namespace
 
 bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs)
 {
@@ -22,6 +15,18 @@ bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, 
         }
     }
     return true;
+}
+
+Text TextOf(HWND control)
+{
+    wchar_t text[4096] = {};
+    SendMessageW(control, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+    return text;
+}
+
+void Type(HWND edit, TextView text)
+{
+    SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Text(text).c_str()));
 }
 
 PickerProcess::PickerProcess(
@@ -39,26 +44,9 @@ PickerProcess::PickerProcess(
 
 bool PickerProcess::WaitForWindow(DWORD timeoutMs)
 {
-    WaitUntil(process_, [this] { return (window_ = FindVisibleWindow(process_.Id(), L"KorvaneLauncherWindow")) != nullptr; },
+    WaitUntil(process_, [this] { return (window_ = FindVisibleWindow(process_.Id(), kPickerWindowClass)) != nullptr; },
         timeoutMs);
     return window_ != nullptr;
-}
-
-Text PickerProcess::TextOf(int id) const
-{
-    wchar_t text[4096] = {};
-    SendMessageW(Control(id), WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
-    return text;
-}
-
-void PickerProcess::Type(int id, TextView text) const
-{
-    SendMessageW(Control(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Text(text).c_str()));
-}
-
-void PickerProcess::Click(int id) const
-{
-    PostMessageW(Control(id), BM_CLICK, 0, 0);
 }
 
 void PickerProcess::ClickRow(int row, bool doubleClick) const
@@ -109,11 +97,6 @@ MessageBoxSeen PickerProcess::AnswerBox(int button)
     PressMessageBoxButton(box->window, button);
     WaitUntil(process_, [&] { return IsWindow(box->window) == FALSE; });
     return *box;
-}
-
-DWORD PickerProcess::WaitForExit(DWORD timeoutMs)
-{
-    return process_.Wait(timeoutMs) ? process_.ExitCode() : 0xFFFFFFFF;
 }
 
 }  // namespace korvane::testing

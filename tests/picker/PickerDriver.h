@@ -21,6 +21,11 @@ namespace korvane::testing {
 // gives nothing to wait on. True when it held.
 bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs = 60000);
 
+// The text of a control of another process.
+Text TextOf(HWND control);
+// Sets an edit's text as typing would: the edit tells its parent of the change.
+void Type(HWND edit, TextView text);
+
 class PickerProcess {
 public:
     // Starts the launcher at `launcher` with the arguments and a report next to `reportFolder`.
@@ -32,11 +37,10 @@ public:
     // Waits for the picker window; false when the process ended or it never came.
     bool WaitForWindow(DWORD timeoutMs = 60000);
     HWND Control(int id) const { return GetDlgItem(window_, id); }
-    Text TextOf(int id) const;
-    // Sets an edit's text as typing would: the edit tells its parent of the change.
-    void Type(int id, TextView text) const;
+    Text TextOf(int id) const { return testing::TextOf(Control(id)); }
+    void Type(int id, TextView text) const { testing::Type(Control(id), text); }
     // A click on a button, posted, so that a box it opens does not hold this thread.
-    void Click(int id) const;
+    void Click(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
     // A click, then a double-click, on a row of the Mod list, as a mouse would make them.
     void ClickRow(int row, bool doubleClick = false) const;
     // The last report the launcher wrote; an empty value before the first.
@@ -49,18 +53,12 @@ public:
     // The next box the launcher shows, answered with `button`; empty when none came.
     MessageBoxSeen AnswerBox(int button = IDOK);
     // Waits for the launcher's end; its exit code, or 0xFFFFFFFF when it did not end.
-    DWORD WaitForExit(DWORD timeoutMs = 120000);
+    DWORD WaitForExit(DWORD timeoutMs = 120000) { return process_.Wait(timeoutMs) ? process_.ExitCode() : 0xFFFFFFFF; }
 
 private:
     Text reportPath_;
     ChildProcess process_;
     HWND window_ = nullptr;
 };
-
-// The status line text of the report.
-inline Text ReportStatus(const JsonValue& report)
-{
-    return FindJsonMember(report, L"status").text;
-}
 
 }  // namespace korvane::testing
