@@ -39,9 +39,6 @@ public:
         RegDeleteKeyW(HKEY_CURRENT_USER, kOverrides);
         RegDeleteKeyW(HKEY_CURRENT_USER, kProgram);  // only while it holds nothing else
     }
-    PreferNativeInLaunchers(const PreferNativeInLaunchers&) = delete;
-    PreferNativeInLaunchers& operator=(const PreferNativeInLaunchers&) = delete;
-
 private:
     static constexpr wchar_t kProgram[] = L"Software\\Wine\\AppDefaults\\KorvaneEditor.exe";
     static constexpr wchar_t kOverrides[] = L"Software\\Wine\\AppDefaults\\KorvaneEditor.exe\\DllOverrides";
@@ -63,32 +60,25 @@ TEST(DllSearch, NoRunModeLoadsADllPlantedBesideTheLauncher)
 
     // The interactive start opens the same window as the picker preview and stays open for its
     // user, so the shown preview stands for it; the hidden one with a picture adds the PNG encoder.
-    const struct {
-        const char* mode;
-        std::vector<Text> arguments;
-        DWORD exitCode;
-    } rows[] = {
-        {"resolve host context", {L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + (reports / L"host.json")}, 0},
-        {"launcher check", {L"-KorvaneLauncherCheck"}, 0},
-        {"instance check", {L"-KorvaneInstanceCheck"}, 0},
-        {"start-up preview", {L"-KorvaneStartupPreview", L"-KorvaneStartupPreviewMs=250"}, 0},
-        {"picker preview", {L"-KorvanePickerPreview", L"-KorvanePickerPreviewMs=250"}, 0},
+    const std::pair<const char*, std::vector<Text>> rows[] = {
+        {"resolve host context", {L"-KorvaneResolveHostContext", L"-KorvaneHostContextReport=" + (reports / L"host.json")}},
+        {"launcher check", {L"-KorvaneLauncherCheck"}},
+        {"instance check", {L"-KorvaneInstanceCheck"}},
+        {"start-up preview", {L"-KorvaneStartupPreview", L"-KorvaneStartupPreviewMs=250"}},
+        {"picker preview", {L"-KorvanePickerPreview", L"-KorvanePickerPreviewMs=250"}},
         {"picker picture", {L"-KorvanePickerPreview", L"-KorvanePickerPreviewHidden", L"-KorvanePickerPreviewMs=250",
                                L"-KorvanePickerFixture=" + fixture, L"-KorvanePickerReport=" + (reports / L"picker.json"),
-                               L"-KorvanePickerSnapshot=" + (reports / L"picker.png")}, 0},
-        {"direct edit", {L"-sdk=" + install.SdkPath(), L"-KorvaneSelectedMod=" + install.ModId(0)}, 0},
+                               L"-KorvanePickerSnapshot=" + (reports / L"picker.png")}},
+        {"direct edit", {L"-sdk=" + install.SdkPath(), L"-KorvaneSelectedMod=" + install.ModId(0)}},
     };
-    testing::ProcessOptions options;
-    options.currentDirectory = install.EditorRoot();
-    options.hidden = false;
-    options.timeoutMs = 30000;  // a launcher that loaded a planted DLL may hang in Wine's crash dialog
-    for (const auto& row : rows) {
-        const testing::ProcessResult result = testing::RunProcess(install.Launcher(), row.arguments, options);
-        EXPECT_FALSE(result.timedOut) << row.mode;
-        EXPECT_EQ(result.exitCode, row.exitCode) << row.mode;
+    // A launcher that loaded a planted DLL may hang in Wine's crash dialog.
+    const testing::ProcessOptions options{.currentDirectory = install.EditorRoot(), .timeoutMs = 30000, .hidden = false};
+    for (const auto& [mode, arguments] : rows) {
+        const testing::ProcessResult result = testing::RunProcess(install.Launcher(), arguments, options);
+        EXPECT_EQ(result.exitCode, 0u) << mode;
         for (const wchar_t* name : kPlantedNames) {
             const Text marker = JoinPath(install.EditorRoot(), Text(name) + L".dll.loaded");
-            EXPECT_FALSE(testing::FileExists(marker)) << row.mode << " loaded the planted " << TextToUtf8(name);
+            EXPECT_FALSE(testing::FileExists(marker)) << mode << " loaded the planted " << TextToUtf8(name);
             DeleteFileW(marker.c_str());  // so that each mode answers for itself
         }
     }
