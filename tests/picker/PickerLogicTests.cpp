@@ -107,15 +107,48 @@ TEST(CommandStates, EachStateOpensItsCommands)
 
 // Where each control stands at each DPI is seen on the preview's picture and its real windows; here,
 // what no preview window is small enough to show.
-TEST(PickerLayout, ASmallWindowKeepsTheLeastSizes)
+TEST(PickerLayout, EveryEdgeIsItsValueScaledOnItsOwnAndSmallWindowsKeepTheLeastSizes)
 {
-    std::map<int, std::pair<int, int>> sizes;
-    for (const ControlPlacement& place : PickerLayout(30, 45, 144)) {
-        sizes[place.id] = {place.width, place.height};
+    struct Placement {
+        int x, y, width, height;
+        bool operator==(const Placement&) const = default;
+    };
+    // The table at 96 DPI for a client of W by H, in 96 DPI units.
+    const auto table = [](int w, int h) {
+        return std::map<int, Placement>{
+            {kLanguageComboId, {w - 192, 24, 168, 240}},
+            {kSearchEditId, {320, 96, std::max(w - 448, 10), 36}},
+            {kRefreshId, {w - 116, 96, 92, 36}},
+            {kModListId, {320, 148, std::max(w - 344, 10), std::max(h - 278, 150)}},
+            {kNewModId, {320, h - 112, 120, 36}},
+            {kImportModId, {452, h - 112, 120, 36}},
+            {kDeleteModId, {584, h - 112, 120, 36}},
+            {kSdkEditId, {40, 398, 240, 36}},
+            {kChooseSdkId, {40, 446, 240, 36}},
+            {kGameFolderEditId, {40, h - 82, 150, 34}},
+            {kChooseGameFolderId, {200, h - 82, 80, 34}},
+            {kStatusLineId, {320, h - 53, std::max(w - 580, 10), 36}},
+            {kCloseId, {w - 260, h - 60, 96, 36}},
+            {kStartEditingId, {w - 152, h - 60, 128, 36}},
+        };
+    };
+    for (const std::uint32_t dpi : {96u, 144u, 192u}) {
+        for (const auto& [clientWidth, clientHeight] : {std::pair(1024, 640), std::pair(1537, 961), std::pair(20, 30)}) {
+            const int scale = static_cast<int>(dpi);
+            const int width = MulDiv(clientWidth, scale, 96);
+            const int height = MulDiv(clientHeight, scale, 96);
+            const auto expected = table(MulDiv(width, 96, scale), MulDiv(height, 96, scale));
+            const auto placements = PickerLayout(width, height, dpi);
+            ASSERT_EQ(placements.size(), expected.size());
+            for (const ControlPlacement& place : placements) {
+                const Placement at96 = expected.at(place.id);
+                const Placement scaled{MulDiv(at96.x, scale, 96), MulDiv(at96.y, scale, 96),
+                    MulDiv(at96.width, scale, 96), MulDiv(at96.height, scale, 96)};
+                EXPECT_EQ((Placement{place.x, place.y, place.width, place.height}), scaled)
+                    << "control " << place.id << " at " << dpi << " DPI, client " << clientWidth;
+            }
+        }
     }
-    EXPECT_EQ(sizes.at(kSearchEditId), std::pair(15, 54));
-    EXPECT_EQ(sizes.at(kModListId), std::pair(15, 225));
-    EXPECT_EQ(sizes.at(kStatusLineId), std::pair(15, 54));
 }
 
 // Removal on the real file system: only a plain ".umod" file goes to the shell, and whatever the
