@@ -84,9 +84,7 @@ TEST(DirectEdit, CancelReachesEveryStageThatIsWatched)
         HWND progress = testing::WaitForVisibleWindow(preparing.Id(), preparing.Handle(), L"KorvaneStartupProgress");
         ASSERT_NE(progress, nullptr);
         // The tool runs once its call is logged.
-        for (int attempt = 0; attempt < 600 && install.ToolCalls().size() < before + calls; ++attempt) {
-            WaitForSingleObject(preparing.Handle(), 50);
-        }
+        testing::WaitUntil(preparing, [&] { return install.ToolCalls().size() >= before + calls; });
         PostMessageW(progress, WM_CLOSE, 0, 0);
         const testing::RunEnd end = testing::WaitAnsweringBox(std::move(preparing), 60000);
         EXPECT_EQ(end.box ? end.box->text : Text(), L"Operation cancelled.") << TextToUtf8(scenario);
@@ -98,9 +96,7 @@ TEST(DirectEdit, CancelReachesEveryStageThatIsWatched)
     ChildProcess watching = StartLauncher(install, DirectEditArguments(install));
     const HWND progress = testing::WaitForVisibleWindow(watching.Id(), watching.Handle(), L"KorvaneStartupProgress");
     ASSERT_NE(progress, nullptr);
-    for (int attempt = 0; attempt < 600 && install.EditorRecords().empty(); ++attempt) {
-        WaitForSingleObject(watching.Handle(), 50);
-    }
+    testing::WaitUntil(watching, [&] { return !install.EditorRecords().empty(); });
     ASSERT_EQ(install.EditorRecords().size(), 1u);
     const DWORD editorId = testing::ProcessIdsOf(install.EditorRecords())[0];
     UniqueHandle editor(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, editorId));
@@ -150,9 +146,7 @@ TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
     ASSERT_NE(winner, nullptr);
 
     // A late launcher while the first waits for its editor is refused too.
-    for (int attempt = 0; attempt < 1200 && install.EditorRecords().empty(); ++attempt) {
-        WaitForSingleObject(winner->Handle(), 50);
-    }
+    testing::WaitUntil(*winner, [&] { return !install.EditorRecords().empty(); });
     const testing::RunEnd late = testing::WaitAnsweringBox(StartLauncher(install, DirectEditArguments(install)));
     EXPECT_EQ(late.box ? late.box->text : Text(), kSessionInUseMessage.In(false));
     EXPECT_EQ(late.exitCode, 9u);

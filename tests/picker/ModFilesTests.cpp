@@ -5,6 +5,7 @@
 #include "ImageFiles.h"
 #include "PickerDriver.h"
 #include "SampleInstall.h"
+#include "ScreenPicture.h"
 #include "ToolCalls.h"
 #include "common/Png.h"
 
@@ -18,7 +19,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 
 namespace korvane {
@@ -112,48 +112,26 @@ public:
     std::size_t HintPixels() const { return HintPlacePixels(RGB(148, 177, 193)); }
 
     // The colour at the middle of the cover tile.
-    COLORREF TileCentre() const
-    {
-        const auto pixels = Pixels(456 + 116, 108 + 102, 1, 1);
-        return pixels.empty() ? CLR_INVALID : pixels.front();
-    }
+    COLORREF TileCentre() const { return Pixels(456 + 116, 108 + 102, 1, 1).At(0, 0); }
 
 private:
-    // The screen's pixels in a rectangle of the form's client area, given at 96 DPI, row by row.
-    std::vector<COLORREF> Pixels(int x, int y, int width, int height) const
+    // The screen's pixels in a rectangle of the form's client area, given at 96 DPI.
+    testing::ScreenPicture Pixels(int x, int y, int width, int height) const
     {
         RECT client{};
         GetClientRect(form_, &client);
         const int dpi = MulDiv(client.right, 96, kFormClientWidth);
         POINT origin{MulDiv(x, dpi, 96), MulDiv(y, dpi, 96)};
         ClientToScreen(form_, &origin);
-        width = MulDiv(width, dpi, 96);
-        height = MulDiv(height, dpi, 96);
-        BITMAPINFO info{};
-        info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-        void* bits = nullptr;
-        const HDC screen = GetDC(nullptr);
-        const HDC dc = CreateCompatibleDC(screen);
-        const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-        const HGDIOBJ old = SelectObject(dc, bitmap);
-        BitBlt(dc, 0, 0, width, height, screen, origin.x, origin.y, SRCCOPY);
-        GdiFlush();
-        std::vector<COLORREF> pixels;
-        for (int index = 0; bits != nullptr && index < width * height; ++index) {
-            const RGBQUAD& bit = static_cast<const RGBQUAD*>(bits)[index];
-            pixels.push_back(RGB(bit.rgbRed, bit.rgbGreen, bit.rgbBlue));
-        }
-        SelectObject(dc, old);
-        DeleteObject(bitmap);
-        DeleteDC(dc);
-        ReleaseDC(nullptr, screen);
-        return pixels;
+        return testing::ScreenPicture::OfScreen(
+            {origin.x, origin.y, origin.x + MulDiv(width, dpi, 96), origin.y + MulDiv(height, dpi, 96)});
     }
 
     std::size_t HintPlacePixels(COLORREF colour) const
     {
-        const auto pixels = Pixels(456, 370, 232, 40);
-        return static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), colour));
+        const testing::ScreenPicture place = Pixels(456, 370, 232, 40);
+        return static_cast<std::size_t>(
+            place.Count({0, 0, place.width, place.height}, [colour](COLORREF pixel) { return pixel == colour; }));
     }
 
     testing::PickerProcess& picker_;

@@ -6,17 +6,6 @@
 
 namespace korvane::testing {
 
-bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs)
-{
-    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
-    while (!ready()) {
-        if (GetTickCount64() >= deadline || WaitForSingleObject(process.Handle(), 20) == WAIT_OBJECT_0) {
-            return ready();
-        }
-    }
-    return true;
-}
-
 Text TextOf(HWND control)
 {
     wchar_t text[4096] = {};

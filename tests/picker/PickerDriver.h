@@ -17,10 +17,6 @@
 
 namespace korvane::testing {
 
-// Polls until `ready` holds or `timeoutMs` pass, or the process ends: a window of another process
-// gives nothing to wait on. True when it held.
-bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs = 60000);
-
 // The text of a control of another process.
 Text TextOf(HWND control);
 // Sets an edit's text as typing would: the edit tells its parent of the change.

@@ -2,6 +2,7 @@
 // one in each language, where long texts stop, the moving bar, DPI changes, and every way to
 // cancel or close the window. Then the monitor's phase history and cache state, the report
 // drawn from them, and the two reports of -KorvaneStartupPreview run by the real launcher.
+#include "ScreenPicture.h"
 #include "TestSupport.h"
 
 #include "foundation/GdiSelection.h"
@@ -22,69 +23,7 @@ constexpr COLORREF kDivider = RGB(28, 58, 73);
 constexpr COLORREF kTrack = RGB(20, 46, 60);
 constexpr COLORREF kButtonFill = RGB(22, 39, 55);
 
-// Pixels as a person sees them, copied from the screen.
-struct Picture {
-    static Picture Of(HDC source, RECT area)
-    {
-        Picture picture{area.right - area.left, area.bottom - area.top, {}};
-        BITMAPINFO info{};
-        info.bmiHeader = {sizeof(info.bmiHeader), picture.width, -picture.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-        void* bits = nullptr;
-        const UniqueMemoryDc memory(CreateCompatibleDC(source));
-        const UniqueBitmap section(CreateDIBSection(source, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-        const GdiSelection selection(memory.Get(), section.Get());
-        if (bits != nullptr &&
-            BitBlt(memory.Get(), 0, 0, picture.width, picture.height, source, area.left, area.top, SRCCOPY)) {
-            GdiFlush();
-            const auto* first = static_cast<const DWORD*>(bits);
-            picture.pixels.assign(first, first + picture.width * picture.height);
-        }
-        return picture;
-    }
-
-    // The window's pixels once `shown` holds: a paint reaches the screen a little after the
-    // paint itself, and nothing signals that. Test programs share one display: it is raised.
-    template <typename Predicate>
-    static Picture OfWindow(HWND window, Predicate shown)
-    {
-        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-        RECT bounds{};
-        GetWindowRect(window, &bounds);
-        HDC screen = GetDC(nullptr);
-        Picture picture = Of(screen, bounds);
-        for (const ULONGLONG deadline = GetTickCount64() + 5000; !shown(picture) && GetTickCount64() < deadline;) {
-            Sleep(20);
-            picture = Of(screen, bounds);
-        }
-        ReleaseDC(nullptr, screen);
-        return picture;
-    }
-
-    COLORREF At(int x, int y) const
-    {
-        if (x < 0 || y < 0 || x >= width || y >= height || pixels.empty()) {
-            return CLR_INVALID;
-        }
-        const DWORD pixel = pixels[static_cast<std::size_t>(y) * width + x];  // 0x00RRGGBB
-        return RGB((pixel >> 16) & 0xFF, (pixel >> 8) & 0xFF, pixel & 0xFF);
-    }
-
-    template <typename Test>
-    int Count(RECT area, Test test) const
-    {
-        int count = 0;
-        for (int y = area.top; y < area.bottom; ++y) {
-            for (int x = area.left; x < area.right; ++x) {
-                count += test(At(x, y)) ? 1 : 0;
-            }
-        }
-        return count;
-    }
-
-    int width = 0;
-    int height = 0;
-    std::vector<DWORD> pixels;
-};
+using Picture = testing::ScreenPicture;
 
 // The test's own scaling, for the places and sizes it checks; the areas it only looks into are the
 // product's ScaledRect.
@@ -301,10 +240,10 @@ TEST(StartupPreview, FirstReportHasAPaintAndTheLastTheValuesAsked)
     // The first report, once whole: nothing signals it to another process, and a reader may
     // come between the file's creation and the write.
     Bytes firstBytes;
-    for (int round = 0; round < 1000 && (firstBytes.empty() || firstBytes.back() != '}'); ++round) {
-        Sleep(10);
+    testing::WaitUntil(preview, [&] {
         firstBytes = testing::ReadFileBytes(report);
-    }
+        return !firstBytes.empty() && firstBytes.back() == '}';
+    });
     // The report's form is checked where it is composed; here, what the preview put into it.
     const JsonValue first = ParseJson(firstBytes);
     EXPECT_GE(number(first, L"firstPaintMs"), number(first, L"assetLoadMs")) << "no paint is counted before the assets";

@@ -201,6 +201,18 @@ void ChildProcess::Kill()
     }
 }
 
+bool WaitUntil(HANDLE process, const std::function<bool()>& ready, DWORD timeoutMs)
+{
+    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+    while (!ready()) {
+        const bool ended = process != nullptr ? WaitForSingleObject(process, 20) == WAIT_OBJECT_0 : (Sleep(20), false);
+        if (ended || GetTickCount64() >= deadline) {
+            return ready();
+        }
+    }
+    return true;
+}
+
 ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments, const ProcessOptions& options)
 {
     ProcessResult result;

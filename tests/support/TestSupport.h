@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -137,6 +138,14 @@ bool StartRetryingWineFault(Start start)
         }
         Sleep(100);  // nothing to wait on: the fault clears once Wine has let the old image go
     }
+}
+
+// Polls until `ready` holds or `timeoutMs` pass, or `process` (may be null) ends: what another
+// process does to its windows and files signals nothing to wait on. True when it held.
+bool WaitUntil(HANDLE process, const std::function<bool()>& ready, DWORD timeoutMs = 60000);
+inline bool WaitUntil(const ChildProcess& process, const std::function<bool()>& ready, DWORD timeoutMs = 60000)
+{
+    return WaitUntil(process.Handle(), ready, timeoutMs);
 }
 
 // Starts, waits up to options.timeoutMs, kills on time-out.

@@ -271,10 +271,7 @@ std::optional<testing::MessageBoxSeen> RunAnswering(const std::function<void()>&
     if (box) {
         testing::PressMessageBoxButton(box->window, answer > 0 ? answer : IDCANCEL);
         // Gone before the next search, so that it cannot be found again.
-        const ULONGLONG deadline = GetTickCount64() + 30000;
-        while (IsWindow(box->window) && GetTickCount64() < deadline) {
-            Sleep(10);
-        }
+        testing::WaitUntil(nullptr, [&] { return IsWindow(box->window) == FALSE; }, 30000);
         EXPECT_FALSE(testing::WaitForMessageBox(GetCurrentProcessId(), done.Get(), 60000).has_value()) << "a second box";
     }
     thread.join();
