@@ -93,7 +93,7 @@ TEST(EntryArguments, OptionTable)
         // Values out of range or not strictly decimal are ignored; 4294967546 wraps to 250.
         {{L"-KorvaneStartupPreviewDpi=120", L"-KorvaneStartupPreviewMs=249", L"-KorvanePickerPreviewMs=60001",
              L"-KorvanePickerPreviewDpi=96x", L"-KorvaneStartupPreviewMs=", L"-KorvaneStartupPreviewDpi=+144",
-             L"-KorvanePickerPreviewMs=4294967546"},
+             L"-KorvanePickerPreviewMs=4294967546", L"-KorvanePickerPreviewMs=249"},
             L""},
         {{L"-KorvaneStartupPreviewDpi=0144"}, L"startupDpi=144;"},
         {{L"-sdk=C:\\a.kvsdk", L"-sdk=C:\\b.kvsdk", L"-KorvaneStartupPreviewDpi=192", L"-KorvaneStartupPreviewDpi=100"},
