@@ -122,9 +122,13 @@ void LayoutPickerControls(const LaunchContext& context)
         RECT now{};
         GetWindowRect(control, &now);
         MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&now), 2);
-        // A control already in place is left alone: even a move to where it stands costs a round trip.
+        // A control already in place is left alone: even a move to where it stands costs a round
+        // trip, and a combo's move resizes its drop-down list as well. A combo's window is only
+        // its field, whatever height it drops to, so only its place and width tell; the width
+        // follows the DPI as that height does.
+        const bool heightTells = place.id != kLanguageComboId;
         if (now.left != place.x || now.top != place.y || now.right - now.left != place.width ||
-            now.bottom - now.top != place.height) {
+            (heightTells && now.bottom - now.top != place.height)) {
             SetWindowPos(control, nullptr, place.x, place.y, place.width, place.height, SWP_NOZORDER | SWP_NOACTIVATE);
         }
     }
@@ -424,7 +428,12 @@ HWND CreatePickerWindow(LaunchContext& context)
         StyleEditControl(edit, context.previewDpi);
     }
     if (!(context.pickerPreview && context.pickerPreviewHidden)) {
-        SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
+        // Shown without redrawing and then invalidated whole, so that the window's own first
+        // paint comes before the controls': the show would otherwise erase every control first,
+        // each a round of window-manager calls, while the window stood unpainted.
+        SetWindowPos(window, HWND_TOP, 0, 0, 0, 0,
+            SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW | SWP_NOREDRAW);
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
         UpdateWindow(window);
     }
     return window;

@@ -38,10 +38,14 @@ void SetEditMargins(HWND edit)
     SendMessageW(edit, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(margin, margin));
 }
 
-void RecalculateFrame(HWND window)
+// The frame worked out anew and the margins set again. Re-centring resizes the client area,
+// which comes back through WM_SIZE; the property keeps that from doing it all a second time.
+void RecentreEdit(HWND edit)
 {
-    SetWindowPos(window, nullptr, 0, 0, 0, 0,
-        SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    SetPropW(edit, kCenteringProperty, reinterpret_cast<HANDLE>(1));
+    SetWindowPos(edit, nullptr, 0, 0, 0, 0, SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    RemovePropW(edit, kCenteringProperty);
+    SetEditMargins(edit);
 }
 
 int FontHeight(HWND control)
@@ -141,11 +145,7 @@ LRESULT CALLBACK StyledEditProc(HWND edit, UINT message, WPARAM wParam, LPARAM l
     case WM_SIZE: {
         const LRESULT result = DefSubclassProc(edit, message, wParam, lParam);
         if (GetPropW(edit, kCenteringProperty) == nullptr) {
-            // Re-centring resizes the client area, which comes back here.
-            SetPropW(edit, kCenteringProperty, reinterpret_cast<HANDLE>(1));
-            RecalculateFrame(edit);
-            RemovePropW(edit, kCenteringProperty);
-            SetEditMargins(edit);
+            RecentreEdit(edit);
         }
         return result;
     }
@@ -298,8 +298,7 @@ void StyleEditControl(HWND edit, std::uint32_t dpi)
         SetPropW(edit, kControlDpiProperty, reinterpret_cast<HANDLE>(static_cast<UINT_PTR>(dpi)));
     }
     SetWindowSubclass(edit, StyledEditProc, kEditSubclassId, 0);
-    RecalculateFrame(edit);
-    SetEditMargins(edit);
+    RecentreEdit(edit);
 }
 
 void StyleComboControl(HWND combo, const std::uint32_t* dpi)
