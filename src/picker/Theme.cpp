@@ -267,9 +267,11 @@ void CreatePickerFonts(LaunchContext& context)
     PickerState& picker = context.picker;
     picker.titleFont = CreateThemeFont(28, 600, context.previewDpi);
     picker.bodyFont = CreateThemeFont(15, 400, context.previewDpi);
-    const auto giveFont = [&picker](HWND control) {
+    // Before the window is first shown nothing needs redrawing: the show paints it all.
+    const BOOL redraw = IsWindowVisible(picker.pickerWindow);
+    const auto giveFont = [&picker, redraw](HWND control) {
         if (control != nullptr) {
-            SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(picker.bodyFont.Get()), TRUE);
+            SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(picker.bodyFont.Get()), redraw);
         }
     };
     for (HWND control : {picker.gameFolderEdit, picker.sdkEdit, picker.searchEdit, picker.modList, picker.statusLine,
