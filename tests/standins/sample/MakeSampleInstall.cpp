@@ -18,7 +18,7 @@ int wmain()
     const Text bin = ParentPath(ExecutableFolder());  // the program lies in bin\standins
     SampleInstallOptions options;
     options.root = JoinPath(ParentPath(bin), L"sample-install");
-    options.launcherSource = JoinPath(bin, L"KorvaneEditor.exe");
+    options.launcherSource = JoinPath(bin, L"shipped\\KorvaneEditor.exe");  // as authors have it
     options.toolSource = JoinPath(bin, L"standins\\KorvaneTool.exe");
     options.editorSource = JoinPath(bin, L"standins\\UnrealEditor.exe");
     options.modCount = SampleModCount();
