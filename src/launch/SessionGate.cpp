@@ -52,7 +52,8 @@ Text ProcessImagePath(HANDLE process)
 bool SessionEventExists(const wchar_t* name)
 {
     const UniqueHandle event(OpenEventW(SYNCHRONIZE, FALSE, name));
-    return event.IsValid();
+    // An elevated editor's event refuses a normal launcher, but the name is there all the same.
+    return event.IsValid() || GetLastError() == ERROR_ACCESS_DENIED;
 }
 
 bool WaitForClosingEditor(TextView editorRoot, const ClosingEditorWait& wait, const ClosingEditorLimits& limits)
