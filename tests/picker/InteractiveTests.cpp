@@ -20,6 +20,14 @@ namespace {
 using testing::PickerProcess;
 using testing::SampleInstall;
 
+// Once the progress window shows the launch, the picker has stepped aside: hidden, not gone.
+bool HiddenWhileTheProgressWindowShows(PickerProcess& picker)
+{
+    const bool progress = testing::WaitUntil(picker.Process(),
+        [&] { return testing::FindVisibleWindow(picker.Process().Id(), L"KorvaneStartupProgress") != nullptr; });
+    return progress && IsWindow(picker.Window()) && !IsWindowVisible(picker.Window());
+}
+
 TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
 {
     SampleInstall install(L"interactive");
@@ -39,9 +47,7 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     picker.Click(kStartEditingId);
 
     // The picker steps aside for the progress window, and then the editor stands.
-    EXPECT_TRUE(testing::WaitUntil(picker.Process(), [&] { return !IsWindowVisible(picker.Window()); }));
-    EXPECT_TRUE(testing::WaitUntil(picker.Process(),
-        [&] { return testing::FindVisibleWindow(picker.Process().Id(), L"KorvaneStartupProgress") != nullptr; }));
+    EXPECT_TRUE(HiddenWhileTheProgressWindowShows(picker));
     EXPECT_EQ(picker.WaitForExit(), 42u);
     const auto records = install.EditorRecords();
     ASSERT_EQ(records.size(), 1u);
@@ -59,6 +65,7 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
     ASSERT_TRUE(picker.WaitForWindow());
     ASSERT_TRUE(picker.WaitForStatus(ModCountText(install.ModCount())));
     picker.ClickRow(1, true);  // a double-click starts editing
+    EXPECT_TRUE(HiddenWhileTheProgressWindowShows(picker));
 
     const auto box = picker.AnswerBox();
     EXPECT_EQ(box.title, L"Korvane operation failed");
