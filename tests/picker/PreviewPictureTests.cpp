@@ -171,7 +171,7 @@ TEST_F(PickerPreview, AHiddenPreviewLeavesAPictureAndReportForEachDpiAndLanguage
             {"SDK panel", {s(32), s(200)}, kSdkPanel},
             {"selected card's left border", {listLeft, listTop + s(54)}, kSelectedCardBorder},
             {"primary button", {s(w - 152) + s(8), s(h - 60) + s(18)}, kPrimaryFill},
-            {"letter tile of a Mod without cover", {listLeft + s(14), coverlessTop + s(14)}, kLetterTile},
+            {"letter tile of a Mod without cover", {listLeft + s(14), coverlessTop + s(54)}, kLetterTile},
         };
         for (const auto& point : points) {
             EXPECT_EQ(PixelAt(picture, point.at.x, point.at.y), point.colour)
