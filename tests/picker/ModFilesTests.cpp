@@ -333,9 +333,13 @@ TEST(ModFiles, TheFormWantsANameAndAnAuthorOfAtMostAHundredCharactersAndJudgesCo
     } covers[] = {
         {"2048 x 2048 of exactly 2 MiB", Png(2048, 2048, RGB(30, 200, 60), kTwoMiB), RGB(30, 200, 60)},
         {"one byte over 2 MiB", Png(2048, 2048, red, kTwoMiB + 1), 0},
-        {"2049 pixels wide", Png(2049, 64, red), 0},
         {"a small PNG", Png(64, 48, RGB(20, 90, 230)), RGB(20, 90, 230)},
+        {"2049 pixels wide", Png(2049, 64, red), 0},
+        {"a small PNG of another colour", Png(64, 48, RGB(230, 200, 20)), RGB(230, 200, 20)},
+        {"2049 pixels tall", Png(64, 2049, red), 0},
+        {"a PNG of a third colour", Png(48, 64, RGB(20, 200, 200)), RGB(20, 200, 200)},
         {"a JPEG named .png", testing::ReadFileBytes(files / L"photo.png"), 0},
+        {"a PNG of a fourth colour", Png(64, 64, RGB(120, 60, 220)), RGB(120, 60, 220)},
         {"not an image", Bytes("This is no picture.\r\n"), 0},
     };
     COLORREF shown = 0;
