@@ -8,6 +8,7 @@
 #include "context/LaunchContext.h"
 #include "foundation/Json.h"
 #include "foundation/Paths.h"
+#include "foundation/UniqueResource.h"
 #include "launch/LaunchEditor.h"
 #include "launch/LaunchErrors.h"
 #include "tool/ToolOutcome.h"
@@ -84,7 +85,7 @@ TEST(DirectEdit, CancelReachesEveryStageThatIsWatched)
         HWND progress = testing::WaitForVisibleWindow(preparing.Id(), preparing.Handle(), L"KorvaneStartupProgress");
         ASSERT_NE(progress, nullptr);
         // The tool runs once its call is logged.
-        testing::WaitUntil(preparing, [&] { return install.ToolCalls().size() >= before + calls; });
+        ASSERT_TRUE(testing::WaitUntil(preparing, [&] { return install.ToolCalls().size() >= before + calls; }));
         PostMessageW(progress, WM_CLOSE, 0, 0);
         const testing::RunEnd end = testing::WaitAnsweringBox(std::move(preparing), 60000);
         EXPECT_EQ(end.box ? end.box->text : Text(), L"Operation cancelled.") << TextToUtf8(scenario);
@@ -223,6 +224,10 @@ TEST(DirectEdit, RepeatedLaunchesInOneProcessLeakNoHandles)
         ASSERT_TRUE(launchOnce());
     }
     const DWORD before = OpenHandleCount();
+    {
+        const UniqueHandle probe(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        ASSERT_EQ(OpenHandleCount(), before + 1) << "the probe sees a handle just opened";
+    }
     for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(launchOnce());
     }
