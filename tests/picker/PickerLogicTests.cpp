@@ -1,8 +1,11 @@
 // The picker's rules as plain logic: which Mods a document keeps, how the search filters them and
 // which row stays selected, which commands are open in each state, where each control stands, and
 // which packages a removal takes to the shell.
+#include "ImageFiles.h"
 #include "TestSupport.h"
 
+#include "foundation/GdiplusImage.h"
+#include "foundation/GdiplusSession.h"
 #include "foundation/Json.h"
 #include "picker/Catalogue.h"
 #include "picker/CommandStates.h"
@@ -37,12 +40,18 @@ TEST(Catalogue, ADocumentKeepsItsWholeModsInOrderAndEachPackagesFirstCover)
         {"id":"x","name":"Backup","modProject":"C:\\M\\X.umod.bak"},
         {"id":"b","name":"B","modProject":"C:\\M\\A.UMOD"},
         {"id":"c","name":"C","modProject":"C:\\M\\C.umod","supportedGameVersions":[]}]})");
+    const GdiplusSession gdiplus;
+    const testing::ScratchDirectory files(L"catalogue-cover");
+    testing::WriteImageFile(files / L"a.png", 8, 8, testing::ImageFormat::Png, 0x3080C0);
     std::map<Text, UniqueGdiplusBitmap, std::less<>> covers;
+    covers.try_emplace(L"C:\\M\\A.UMOD", LoadThumbnail(files / L"a.png"));
     std::vector<ModEntry> mods = ReadModEntries(preview, covers);
     ASSERT_EQ(mods.size(), 3u);
     EXPECT_EQ(mods[0].id, L"a");
     EXPECT_EQ(mods[0].supportedGameVersions, L"1.3, 1.4") << "no separator ahead of what follows an empty text";
+    EXPECT_TRUE(mods[0].cover) << "the package's cover";
     EXPECT_EQ(mods[1].id, L"b") << "a second Mod of one package is kept";
+    EXPECT_FALSE(mods[1].cover) << "but the cover went to the package's first Mod";
     EXPECT_EQ(GameTitleOf(preview), L"skyhaven") << "the game's id when its name is empty";
     EXPECT_EQ(GameTitleOf(ParseJson(R"({"gameInfo":{"displayName":"Skyhaven"},"gameId":"s"})")), L"Skyhaven");
     EXPECT_EQ(JoinGameVersions(ParseJson(R"(["1.0","","2.0"])")), L"1.0, , 2.0");
@@ -151,10 +160,10 @@ TEST(PickerLayout, EveryEdgeIsItsValueScaledOnItsOwnAndSmallWindowsKeepTheLeastS
     }
 }
 
-// Removal on the real file system: only a plain ".umod" file goes to the shell, and whatever the
-// shell answers, the file is looked at afterwards. Wine's shell cannot recycle (IFileOperation is
-// not implemented), so there a plain package ends in the failure message and stays.
-TEST(MoveModToRecycleBin, RefusesAllButAPlainPackageAndChecksThatTheFileIsGone)
+// Removal on the real file system: only a plain ".umod" file goes to the shell. Wine's shell
+// cannot recycle (IFileOperation is not implemented), so there a plain package ends in the failure
+// message and stays; the look at the file after a shell that reports success is not reached here.
+TEST(MoveModToRecycleBin, RefusesAllButAPlainPackageAndKeepsOneTheShellCannotRecycle)
 {
     const testing::ScopedUiLanguage english(L"en");
     testing::ScratchDirectory scratch(L"mod-removal");
