@@ -58,6 +58,23 @@ TEST(DllSearch, NoRunModeLoadsADllPlantedBesideTheLauncher)
     testing::WriteFileText(fixture, LR"({"mods":[]})");
     const PreferNativeInLaunchers preferNative;
 
+    // The control: a program of the launcher's name without its guard takes every plant, so a
+    // load by the launcher below could be seen at all.
+    const Text probeFolder = reports / L"probe";
+    testing::MakeDirectories(probeFolder);
+    const Text probe = JoinPath(probeFolder, L"KorvaneEditor.exe");
+    testing::CopyFileTo(JoinPath(testing::BinaryDirectory(), L"DllProbe.exe"), probe);
+    std::vector<Text> dlls;
+    for (const wchar_t* name : kPlantedNames) {
+        dlls.push_back(Text(name) + L".dll");
+        testing::CopyFileTo(JoinPath(testing::BinaryDirectory(), L"PlantedDll.dll"), JoinPath(probeFolder, dlls.back()));
+    }
+    EXPECT_EQ(testing::RunProcess(probe, dlls, {.currentDirectory = probeFolder, .timeoutMs = 30000}).exitCode, 0u);
+    for (const Text& dll : dlls) {
+        EXPECT_TRUE(testing::FileExists(JoinPath(probeFolder, dll + L".loaded")))
+            << "a plant nothing guards against was not taken: " << TextToUtf8(dll);
+    }
+
     // The interactive start opens the same window as the picker preview and stays open for its
     // user, so the shown preview stands for it; the hidden one with a picture adds the PNG encoder.
     const std::pair<const char*, std::vector<Text>> rows[] = {
