@@ -286,16 +286,21 @@ TEST(ClosingEditorWait, OnlyThisInstallsEditorIsWaitedForAndOnlyWithinTheLimit)
         EXPECT_FALSE(WaitForClosingEditor(install.Root(), {other.Id(), true, false}, quick));
         EXPECT_TRUE(WaitForClosingEditor(install.Root(), {EndedProcessId(), true, false}, quick));
         const ULONGLONG start = GetTickCount64();
-        EXPECT_FALSE(WaitForClosingEditor(install.Root(), {GetCurrentProcessId(), true, false}, {60000, 300, kEarlierLauncherPollMs}));
+        const ClosingEditorLimits patient{60000, 300, kEarlierLauncherPollMs};
+        EXPECT_FALSE(WaitForClosingEditor(install.Root(), {GetCurrentProcessId(), true, false}, patient));
         EXPECT_LT(GetTickCount64() - start, 30000u) << "waited for itself";
-
-        // Started through a path in other letter case and with forward slashes.
+    }
+    {
+        // Started through a path in other letter case and with forward slashes, while another
+        // launcher holds the gate. Found, the editor is waited for and then, the shipped 15 s, the
+        // other launcher, and the session is closing; missed, the gate would say one is in use.
+        const UniqueHandle otherLauncher(CreateEventW(nullptr, TRUE, FALSE, kLauncherSessionEventName));
         ParentEditor parent(install.Root() + L"/engine/BINARIES/win64/unrealeditor.EXE", pidFile,
             {install.Launcher(), L"-KorvaneEmptyHost"});
         EXPECT_FALSE(testing::WaitForMessageBox(parent.LauncherId(), parent.Launcher(), 2000).has_value())
             << "the launcher went on while its editor was still running";
         parent.Release();
-        ExpectBoxThenNine(parent.LauncherId(), parent.Launcher(), kSessionInUseMessage);
+        ExpectBoxThenNine(parent.LauncherId(), parent.Launcher(), kSessionClosingMessage);
     }
     // Headless modes do not look for a parent editor.
     ParentEditor parent(install.Editor(), pidFile, {install.Launcher(), L"-KorvaneInstanceCheck"});
