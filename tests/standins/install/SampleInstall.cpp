@@ -43,7 +43,9 @@ void WriteOrRemove(TextView path, TextView json)
 SampleInstall::SampleInstall(TextView label, TextView engineVersion) : scratch_(label)
 {
     standins::SampleInstallOptions options;
-    options.root = scratch_.Path();
+    // Under a folder with a blank, as so many installs are ("Program Files", a user's name): a
+    // path that reaches a child unquoted then splits apart.
+    options.root = scratch_ / L"Mod Games";
     options.engineVersion = Text(engineVersion);
     options.launcherSource = BuiltLauncherPath();
     options.toolSource = StandinPath(L"KorvaneTool.exe");
