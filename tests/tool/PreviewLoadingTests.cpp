@@ -47,7 +47,7 @@ TEST(EditorBuildMatches, ModulesReceiptAndDocumentDecideTogether)
             R"({"engineVersion":"5.1","editorBuildId":"23058290","requiresEditorBuildBinding":false})", false},
         {"empty build id", LR"({"BuildId":""})", LR"({"engineBuild":"5.1"})",
             R"({"engineVersion":"5.1","requiresEditorBuildBinding":false})", false},
-        {"no receipt", nullptr, nullptr, R"({"engineVersion":"5.1","editorBuildId":"23058290"})", false},
+        {"no receipt", nullptr, nullptr, R"({"editorBuildId":"23058290"})", false},  // refused for the receipt alone
     };
     for (const Row& row : rows) {
         testing::WriteFileBytes(modules, row.modules == nullptr ? realModules : TextToUtf8(row.modules));

@@ -92,8 +92,18 @@ TEST(RunTool, EveryWayARunEndsAndTheArgumentsItPasses)
         testing::ExpectNoToolRunning(calls);
         EXPECT_EQ(testing::LauncherTempFiles(), tempBefore);
     }
+    EXPECT_EQ(kToolTimeLimitMs, 600000u) << "the shipped limit of every tool run; the rows above take their own";
     // Without a game the preview is asked of the SDK alone (with one, see the preview loads).
     EXPECT_EQ(BuildSdkArguments(L"C:\\Sdk\\Game.kvsdk", L""), L" --sdk \"C:\\Sdk\\Game.kvsdk\"");
+    // Every path is quoted, a file without a name too; the answer to a conflict is a bare word.
+    EXPECT_EQ(BuildToolCommand(ToolCommandKind::Prepare,
+                  {.sdk = L"C:\\S\\G.kvsdk", .editorRoot = L"C:\\My Games\\E", .selectionFile = L"C:\\T e\\1.tmp",
+                      .modFile = L"C:\\M\\A.umod", .progressFile = L"C:\\T e\\2.tmp"}),
+        L"prepare --sdk \"C:\\S\\G.kvsdk\" --editor-root \"C:\\My Games\\E\" --selection-file \"C:\\T e\\1.tmp\""
+        L" --mod-file \"C:\\M\\A.umod\" --progress-file \"C:\\T e\\2.tmp\" --timing-report \"\"");
+    EXPECT_EQ(BuildToolCommand(ToolCommandKind::ResolveSource,
+                  {.sdk = L"C:\\S\\G.kvsdk", .modFile = L"C:\\M\\A.umod", .resolution = L"workspace"}),
+        L"resolve-source --sdk \"C:\\S\\G.kvsdk\" --mod-file \"C:\\M\\A.umod\" --resolution workspace");
 }
 
 TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
@@ -106,6 +116,7 @@ TEST(RunTool, MissingToolIsKV4210AfterTheCancelCheck)
         .progressFile = {}, .progressCallback = {}, .timingReport = {}};
     const testing::ScopedUiLanguage chinese(L"zh-Hans");  // the messages come in the language of the moment
     ToolResult result = RunTool(invocation);
+    EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.error, kToolMissingMessage.In(true));
 
     cancel = true;
@@ -133,10 +144,18 @@ TEST(LauncherCheck, OneSdkInfoRunDecidesAndAToolOverTheLimitIsKilled)
     EXPECT_FALSE(RunLauncherCheck(install.EditorRoot(), install.SdkPath(), 60000));
     install.SetToolScenario(LR"({"sdk-info":{"hang":true}})");
     const ULONGLONG start = GetTickCount64();
-    EXPECT_FALSE(RunLauncherCheck(install.EditorRoot(), install.SdkPath(), 500));
-    EXPECT_GE(GetTickCount64() - start, 500u);
-    const UniqueHandle tool(OpenProcess(SYNCHRONIZE, FALSE, testing::ProcessIdsOf(install.ToolCalls()).back()));
-    EXPECT_TRUE(!tool || WaitForSingleObject(tool.Get(), 5000) == WAIT_OBJECT_0) << "the tool was not killed";
+    EXPECT_EQ(kLauncherCheckTimeLimitMs, 180000u) << "the shipped limit; this run takes its own";
+    EXPECT_FALSE(RunLauncherCheck(install.EditorRoot(), install.SdkPath(), 3000));
+    EXPECT_GE(GetTickCount64() - start, 3000u);
+    const std::vector<JsonValue> hung = install.ToolCalls();
+    ASSERT_EQ(hung.size(), 3u) << "the hanging run never started";
+    const DWORD toolId = testing::ProcessIdsOf({hung.back()}).front();
+    const UniqueHandle tool(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, toolId));
+    const bool killed = !tool || WaitForSingleObject(tool.Get(), 5000) == WAIT_OBJECT_0;
+    if (!killed) {
+        TerminateProcess(tool.Get(), 1);  // nor does the test leave it hanging
+    }
+    EXPECT_TRUE(killed) << "the tool was not killed";
 }
 
 // What the start-up window would have been told, in order.

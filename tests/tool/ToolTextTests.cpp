@@ -22,6 +22,7 @@ TEST(ProgressFile, LinesFollowChangesAndCarryTheCacheState)
         {R"({"stage":"sdkHash"})", L"Computing the SDK content revision…", -1},
         {R"({"stage":"sdkHash"})", nullptr, -1},  // unchanged bytes are shown once
         {R"({"stage":"cacheVerify","cacheHit":fal)", nullptr, -1},  // caught half written
+        {R"({"stage":"sdkHash"})", nullptr, -1},  // what was shown last is still what was applied
         {R"({"stage":"cacheVerify","cacheHit":false})", L"Verifying the local SDK cache… · Creating the SDK cache", 0},
         {R"({"stage":"materialize"})", L"Preparing local SDK files… · Creating the SDK cache", 0},  // state kept
         {R"({"stage":"materialize","cacheHit":"true"})", L"Preparing local SDK files… · SDK cache hit, verifying", 1},
