@@ -1,10 +1,10 @@
 #pragma once
 // A complete install in a fresh scratch folder, laid out as a shipped game holds it:
 //
-//   Root()\Skyhaven\                  GameDirectory(): Skyhaven.exe, SdkPath() = Skyhaven.kvsdk,
+//   Root()\Mod Games\Skyhaven\        GameDirectory(): Skyhaven.exe, SdkPath() = Skyhaven.kvsdk,
 //                                     Mods\*.umod with PNG covers (ModCount() Mods, some named in
 //                                     Chinese), Saved\Korvane\Workspaces\ once prepare ran
-//   Root()\Skyhaven\KorvaneEditor\    EditorRoot(): a copy of the built launcher, its receipt, and
+//   ...\Skyhaven\KorvaneEditor\       EditorRoot(): a copy of the built launcher, its receipt, and
 //                                     Engine\ with the stand-in editor, its module list (BuildId()
 //                                     and the four authoring modules as files), version files,
 //                                     six editor cultures, the authoring layout and template, and
