@@ -7,10 +7,12 @@
 
 #include "context/LaunchContext.h"
 #include "foundation/Json.h"
+#include "foundation/KnownFolders.h"
 #include "foundation/Paths.h"
 #include "foundation/UniqueResource.h"
 #include "launch/LaunchEditor.h"
 #include "launch/LaunchErrors.h"
+#include "tool/ToolMessages.h"
 #include "tool/ToolOutcome.h"
 
 #include <gtest/gtest.h>
@@ -120,11 +122,43 @@ TEST(DirectEdit, CancelReachesEveryStageThatIsWatched)
     }
 }
 
+// The short form of the cache folder of the sample installs' engine version, as editors get it.
+Text SampleCacheFolder()
+{
+    wchar_t shortForm[MAX_PATH] = {};
+    GetShortPathNameW(JoinPath(LocalAppDataFolder(), L"Korvane\\DerivedDataCache\\5.6").c_str(), shortForm, MAX_PATH);
+    return shortForm;
+}
+
+// The whole line a launch of Mod 0 by its SDK alone gives the editor (so no game folder), written
+// out here word by word: only the tick count in the made log's name is read back from what the
+// editor got.
+Text ExpectedEditorCommandLine(const SampleInstall& install, DWORD launcherId, const Text& received)
+{
+    const Text logName = L"KorvaneLauncher-" + DecimalText(launcherId) + L"-";
+    const std::size_t tick = received.find(logName);
+    const std::size_t tickEnd = received.find(L".log", tick);
+    if (tick == Text::npos || tickEnd == Text::npos) {
+        return L"(no made log path)";
+    }
+    const Text workspace = install.Workspace(0);
+    return QuoteCommandArgument(install.EditorExe()) + L" " +
+        QuoteCommandArgument(JoinPath(workspace, L"KorvaneSDK.uproject")) + L" -KorvaneSDKOffline " +
+        QuoteCommandArgument(L"-KorvaneSelectedMod=" + install.ModId(0)) + L" " +
+        QuoteCommandArgument(L"-KorvaneProject=" + JoinPath(workspace, L"Mod.kmodproject")) + L" -NoSplash " +
+        QuoteCommandArgument(L"-culture=en") + L" " +
+        QuoteCommandArgument(L"-ABSLOG=" + JoinPath(workspace, L"Saved\\Logs\\") + logName +
+            received.substr(tick + logName.size(), tickEnd - tick - logName.size()) + L".log") +
+        L" -KorvaneLauncherSession " + QuoteCommandArgument(L"-LocalDataCachePath=" + SampleCacheFolder());
+}
+
 // Ten launchers at once: one gets past the session gate, prepares the workspace, starts the editor
 // and passes its exit code on; the others say so and end with 9.
 TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
 {
     SampleInstall install(L"direct-edit-concurrent");
+    // An SDK root of the author's own, which the editor must never see.
+    const testing::ScopedEnvironmentVariable sdkRoot(L"UE_SDKS_ROOT", L"C:\\Elsewhere\\SDKs");
     install.SetEditorScenario(LR"({"mode":"normal","runMs":0,"exitCode":5})");
     const Text report = install.Root() + L"\\startup.json";
     std::vector<ChildProcess> launchers;
@@ -161,20 +195,84 @@ TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
     ASSERT_TRUE(winner->Wait(60000));
     EXPECT_EQ(winner->ExitCode(), 5u) << "the editor's exit code is the launcher's";
 
-    // The editor ran in the install on the prepared workspace, in the run's language. The report of
-    // the moment its window stood holds the cache the preparation made and the phases from the
-    // preparation to the editor's own last marker.
+    // The editor ran in the install on the prepared workspace, in the run's language, with the
+    // per-version cache and without the author's SDK root. The report of the moment its window
+    // stood holds the cache the preparation made and the phases from the preparation to the
+    // editor's own last marker.
     const Text commandLine = FindJsonMember(records[0], L"commandLine").text;
-    const Text project = JoinPath(install.Workspace(0), L"KorvaneSDK.uproject");
-    EXPECT_NE(commandLine.find(QuoteCommandArgument(project) + L" "), Text::npos) << TextToUtf8(commandLine);
-    EXPECT_NE(commandLine.find(L" -NoSplash \"-culture=en\""), Text::npos);
+    EXPECT_EQ(commandLine, ExpectedEditorCommandLine(install, winner->Id(), commandLine));
     EXPECT_EQ(FindJsonMember(records[0], L"cwd").text, install.EditorRoot());
+    EXPECT_EQ(FindJsonMember(records[0], L"UE_SDKS_ROOT").kind, JsonKind::Null);
+    EXPECT_EQ(FindJsonMember(records[0], L"UE-LocalDataCachePath").text, SampleCacheFolder());
     const JsonValue values = ParseJson(testing::ReadFileBytes(report));
     EXPECT_EQ(FindJsonMember(values, L"cacheStatus").text, L"SDK cache created and verified");
     const auto& phases = FindJsonMember(values, L"observedPhases").items;
     ASSERT_GE(phases.size(), 3u);
     EXPECT_EQ(phases.front().text, L"Checking the SDK and preparing the Mod workspace…");
     EXPECT_EQ(phases.back().text, L"Engine initialized; preparing the Editor interface…");
+}
+
+// A launcher that waits for an editor which keeps no session of its own (-unattended) still holds
+// the session for it, and passes its exit code on.
+TEST(DirectEdit, TheSessionIsHeldUntilTheEditorEnds)
+{
+    SampleInstall install(L"direct-edit-held");
+    install.SetEditorScenario(LR"({"mode":"noWindow"})");
+    ChildProcess first = StartLauncher(install, DirectEditArguments(install, {L"-unattended"}));
+    ASSERT_TRUE(testing::WaitUntil(first, [&] { return !install.EditorRecords().empty(); }));
+    const testing::RunEnd late = testing::WaitAnsweringBox(StartLauncher(install, DirectEditArguments(install)), 30000);
+    EXPECT_EQ(late.box ? late.box->text : Text(), kSessionInUseMessage.In(false));
+    EXPECT_EQ(late.exitCode, 9u);
+
+    const UniqueHandle editor(
+        OpenProcess(PROCESS_TERMINATE, FALSE, testing::ProcessIdsOf(install.EditorRecords())[0]));
+    ASSERT_TRUE(TerminateProcess(editor.Get(), 7));
+    ASSERT_TRUE(first.Wait(60000));
+    EXPECT_EQ(first.ExitCode(), 7u);
+}
+
+// The source conflict is put to the author from the launch itself while the progress window
+// stands. Yes settles it and the launch goes on; a cancel while the question stands settles
+// nothing, whatever the answer, since that is the one step that changes the author's files.
+TEST(DirectEdit, ASourceConflictIsAskedDuringTheLaunchAndACancelMeanwhileSettlesNothing)
+{
+    SampleInstall install(L"direct-edit-conflict");
+    install.SetEditorScenario(LR"({"mode":"normal","runMs":300,"exitCode":4,"shaderLines":0})");
+    const Text scenario = JoinPath(ParentPath(install.ToolPath()), L"KorvaneTool.scenario.json");
+    for (const bool cancelled : {false, true}) {
+        SCOPED_TRACE(cancelled ? "cancelled" : "answered");
+        install.SetToolScenario(LR"({"prepare":{"conflictOnce":true}})");
+        DeleteFileW((scenario + L".conflict-state").c_str());
+        const std::size_t before = install.ToolCalls().size();
+        ChildProcess launcher = StartLauncher(install, DirectEditArguments(install));
+        const auto question = testing::WaitForMessageBox(launcher.Id(), launcher.Handle(), 60000);
+        ASSERT_TRUE(question.has_value());
+        EXPECT_EQ(question->title, kConflictCaption.In(false));
+        const HWND progress = testing::FindVisibleWindow(launcher.Id(), L"KorvaneStartupProgress");
+        ASSERT_NE(progress, nullptr) << "the progress window stands behind the question";
+        if (cancelled) {
+            // Sent, so that the cancel has been taken before the answer.
+            SendMessageTimeoutW(progress, WM_CLOSE, 0, 0, SMTO_NORMAL, 10000, nullptr);
+        }
+        testing::PressMessageBoxButton(question->window, IDYES);
+        testing::WaitUntil(launcher, [&] { return IsWindow(question->window) == FALSE; });
+        const testing::RunEnd end = testing::WaitAnsweringBox(std::move(launcher), 60000);
+
+        std::vector<Text> commands;
+        const auto calls = install.ToolCalls();
+        for (std::size_t index = before; index < calls.size(); ++index) {
+            commands.push_back(testing::Argv(calls[index]).at(1));
+        }
+        if (cancelled) {
+            EXPECT_EQ(end.box ? end.box->text : Text(), kToolCancelledMessage.In(false));
+            EXPECT_EQ(end.exitCode, 6u);
+            EXPECT_EQ(commands, (std::vector<Text>{L"list-sources", L"prepare"}));
+        } else {
+            EXPECT_FALSE(end.box.has_value());
+            EXPECT_EQ(end.exitCode, 4u) << "the editor's";
+            EXPECT_EQ(commands, (std::vector<Text>{L"list-sources", L"prepare", L"resolve-source", L"prepare"}));
+        }
+    }
 }
 
 // Counts the open handles of this process by probing the handle table: Wine answers

@@ -18,16 +18,6 @@
 namespace korvane {
 namespace {
 
-std::optional<Text> EnvironmentValue(const wchar_t* name)
-{
-    std::vector<wchar_t> buffer(32768, L'\0');
-    const DWORD length = GetEnvironmentVariableW(name, buffer.data(), static_cast<DWORD>(buffer.size()));
-    if (length == 0 && GetLastError() == ERROR_ENVVAR_NOT_FOUND) {
-        return std::nullopt;
-    }
-    return Text(buffer.data(), length);
-}
-
 TEST(EditorCommandLine, OrdinaryLaunchStandsWordForWord)
 {
     const std::vector<Text> passThrough{L"-KorvaneHostEnvironment=packaged", L"-culture=fr", L"-Log",
@@ -127,7 +117,7 @@ protected:
     Text project = scratch / L"work space\\Mod\\KorvaneSDK.uproject";
     std::vector<Text> passThrough;
     Text cacheFolder = JoinPath(LocalAppDataFolder(), L"Korvane\\DerivedDataCache\\71.3");
-    std::optional<Text> savedCache = EnvironmentValue(kLocalDataCacheVariable);
+    std::optional<Text> savedCache = testing::EnvironmentValue(kLocalDataCacheVariable);
 };
 
 TEST_F(EditorStart, PreparesLogFolderCacheAndEnvironment)
@@ -149,7 +139,7 @@ TEST_F(EditorStart, PreparesLogFolderCacheAndEnvironment)
     wchar_t shortForm[MAX_PATH] = {};
     ASSERT_NE(GetShortPathNameW(cacheFolder.c_str(), shortForm, MAX_PATH), 0u);
     const Text shortCache = shortForm;
-    EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), shortCache);
+    EXPECT_EQ(testing::EnvironmentValue(kLocalDataCacheVariable), shortCache);
     EXPECT_EQ(command.commandLine, AssembleEditorCommandLine(Inputs(), command.logPath) + L" " +
         QuoteCommandArgument(L"-LocalDataCachePath=" + shortCache));
 
@@ -161,7 +151,7 @@ TEST_F(EditorStart, PreparesLogFolderCacheAndEnvironment)
     const EditorCommand user = Build(receipt);
     EXPECT_EQ(user.logPath, scratch / L"logs\\mine.log");
     EXPECT_EQ(user.commandLine, AssembleEditorCommandLine(Inputs(), {})) << "no -ABSLOG= or -LocalDataCachePath= added";
-    EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), shortCache);
+    EXPECT_EQ(testing::EnvironmentValue(kLocalDataCacheVariable), shortCache);
 }
 
 TEST_F(EditorStart, MissingPiecesDropTheirArgumentsOnly)
@@ -174,8 +164,8 @@ TEST_F(EditorStart, MissingPiecesDropTheirArgumentsOnly)
         const EditorCommand command = Build(receipt);
         EXPECT_EQ(command.logPath, L"") << receipt;
         EXPECT_EQ(command.commandLine, AssembleEditorCommandLine(Inputs(), {})) << receipt;
-        EXPECT_EQ(EnvironmentValue(kSdksRootVariable), std::nullopt) << receipt;
-        EXPECT_EQ(EnvironmentValue(kLocalDataCacheVariable), Text(L"before")) << receipt;
+        EXPECT_EQ(testing::EnvironmentValue(kSdksRootVariable), std::nullopt) << receipt;
+        EXPECT_EQ(testing::EnvironmentValue(kLocalDataCacheVariable), Text(L"before")) << receipt;
     }
 }
 

@@ -43,6 +43,27 @@ ScopedUiLanguage::~ScopedUiLanguage()
     UiLanguageFlag.exchange(previous_);
 }
 
+std::optional<Text> EnvironmentValue(TextView name)
+{
+    std::vector<wchar_t> buffer(32768, L'\0');
+    const DWORD length = GetEnvironmentVariableW(Text(name).c_str(), buffer.data(), static_cast<DWORD>(buffer.size()));
+    if (length == 0 && GetLastError() == ERROR_ENVVAR_NOT_FOUND) {
+        return std::nullopt;
+    }
+    return Text(buffer.data(), length);
+}
+
+ScopedEnvironmentVariable::ScopedEnvironmentVariable(TextView name, TextView value)
+    : name_(name), previous_(EnvironmentValue(name))
+{
+    SetEnvironmentVariableW(name_.c_str(), Text(value).c_str());
+}
+
+ScopedEnvironmentVariable::~ScopedEnvironmentVariable()
+{
+    SetEnvironmentVariableW(name_.c_str(), previous_ ? previous_->c_str() : nullptr);
+}
+
 namespace {
 
 std::atomic<unsigned> scratchCounter{0};

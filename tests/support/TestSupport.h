@@ -35,6 +35,23 @@ private:
     std::int32_t previous_;
 };
 
+// The value of a variable of this process's environment; nullopt when it is not set.
+std::optional<Text> EnvironmentValue(TextView name);
+
+// Sets a variable of this process's environment, which children inherit, for a scope, and puts
+// the earlier value back (or removes it) on every way out.
+class ScopedEnvironmentVariable {
+public:
+    ScopedEnvironmentVariable(TextView name, TextView value);
+    ~ScopedEnvironmentVariable();
+    ScopedEnvironmentVariable(const ScopedEnvironmentVariable&) = delete;
+    ScopedEnvironmentVariable& operator=(const ScopedEnvironmentVariable&) = delete;
+
+private:
+    Text name_;
+    std::optional<Text> previous_;
+};
+
 // A fresh, empty folder below %TEMP%\korvane-tests, removed with everything in it when the
 // object goes. `label` makes the name readable; the process id and a counter make it unique.
 class ScratchDirectory {
