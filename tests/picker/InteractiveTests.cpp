@@ -38,28 +38,47 @@ TEST(Interactive, SearchSelectAndStartEditingEndsWithTheEditorsExitCode)
     ASSERT_TRUE(picker.WaitForStatus(ModCountText(install.ModCount()))) << TextToUtf8(picker.TextOf(kStatusLineId));
     EXPECT_EQ(picker.TextOf(kSdkEditId), install.SdkPath()) << "the host's SDK is loaded";
 
-    // The search narrows the list to the one Mod of that name.
+    // The search narrows the list to the one Mod of that name, and the report follows it.
     picker.Type(kSearchEditId, install.ModName(3));
     ASSERT_TRUE(testing::WaitUntil(picker.Process(),
         [&] { return SendMessageW(picker.Control(kModListId), LB_GETCOUNT, 0, 0) == 1; }));
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"search").text, install.ModName(3));
+    EXPECT_EQ(FindJsonMember(picker.Report(), L"visibleModCount").text, L"1");
     picker.ClickRow(0);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowEnabled(picker.Control(kStartEditingId)); }));
-    picker.Click(kStartEditingId);
 
-    // The picker steps aside for the progress window, and then the editor stands.
+    // Return in the search field starts nothing; in the list it is Start editing.
+    const HWND search = picker.Control(kSearchEditId);
+    PostMessageW(search, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(4, 4));
+    PostMessageW(search, WM_LBUTTONUP, 0, MAKELPARAM(4, 4));
+    PostMessageW(search, WM_KEYDOWN, VK_RETURN, 0);
+    ASSERT_TRUE(picker.Drain());
+    EXPECT_TRUE(IsWindowVisible(picker.Window())) << "Return in the search field started a launch";
+    picker.ClickRow(0);
+    PostMessageW(picker.Control(kModListId), WM_KEYDOWN, VK_RETURN, 0);
+
+    // The picker steps aside for the progress window, and then the editor stands. Keys and
+    // clicks meanwhile start nothing more.
     EXPECT_TRUE(HiddenWhileTheProgressWindowShows(picker));
+    PostMessageW(picker.Control(kModListId), WM_KEYDOWN, VK_RETURN, 0);
+    picker.Click(kStartEditingId);
     EXPECT_EQ(picker.WaitForExit(), 42u);
     const auto records = install.EditorRecords();
     ASSERT_EQ(records.size(), 1u);
     EXPECT_NE(FindJsonMember(records[0], L"commandLine").text.find(
                   QuoteCommandArgument(L"-KorvaneSelectedMod=" + install.ModId(3))),
         Text::npos);
+    EXPECT_EQ(install.ToolCalls().size(), 2u) << "the preview, then one preparation";
+    const JsonValue report = picker.Report();
+    EXPECT_EQ(FindJsonMember(report, L"childStarted").text, L"true");
+    EXPECT_EQ(FindJsonMember(report, L"windowVisible").text, L"false");
 }
 
 TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
 {
     SampleInstall install(L"interactive-failed");
-    install.SetEditorScenario(LR"({"mode":"exitBeforeWindow","exitCode":3})");
+    // Ended before any window, even with exit code 0, the start failed.
+    install.SetEditorScenario(LR"({"mode":"exitBeforeWindow","exitCode":0})");
     testing::ScratchDirectory reports(L"interactive-failed-report");
     PickerProcess picker(install.Launcher(), {}, reports.Path());
     ASSERT_TRUE(picker.WaitForWindow());
@@ -69,7 +88,7 @@ TEST(Interactive, AFailedLaunchBringsThePickerBackWithItsMessage)
 
     const auto box = picker.AnswerBox();
     EXPECT_EQ(box.title, L"Korvane operation failed");
-    EXPECT_EQ(box.text.rfind(L"Editor startup failed (exit code 3). Check the startup log in Saved/Logs.\n", 0), 0u)
+    EXPECT_EQ(box.text.rfind(L"Editor startup failed (exit code 0). Check the startup log in Saved/Logs.\n", 0), 0u)
         << TextToUtf8(box.text);
     ASSERT_TRUE(testing::WaitUntil(picker.Process(), [&] { return IsWindowVisible(picker.Window()) != FALSE; }));
     EXPECT_TRUE(picker.WaitForStatus(box.text));

@@ -403,6 +403,55 @@ TEST(ModFiles, DeleteModAsksWithNoAsDefaultAndKeepsAPackageItCannotRemove)
         EXPECT_TRUE(testing::FileExists(package));
     }
     EXPECT_EQ(launcher.Report(L"selectedSource"), package);
+
+    // A package gone behind the picker's back: the question is still asked, then refused, and the
+    // list stays as it was. Starting it says it is gone and starts nothing.
+    ASSERT_TRUE(DeleteFileW(package.c_str()));
+    launcher.picker.Click(kDeleteModId);
+    const auto question = testing::WaitForMessageBox(launcher.Process().Id(), launcher.Process().Handle());
+    ASSERT_TRUE(question);
+    testing::PressMessageBoxButton(question->window, IDYES);
+    ASSERT_TRUE(WaitUntil(launcher.Process(), [&] { return IsWindow(question->window) == FALSE; }));
+    EXPECT_EQ(launcher.picker.AnswerBox().text, kRemoveRefusedMessage.Now());
+    EXPECT_TRUE(launcher.picker.WaitForStatus(kRemoveRefusedMessage.Now()));
+    EXPECT_EQ(launcher.Rows(), launcher.install.ModCount());
+    EXPECT_EQ(launcher.Report(L"selectedSource"), package);
+    const std::size_t toolRuns = launcher.ToolRuns();
+    launcher.picker.ClickRow(1, true);
+    EXPECT_TRUE(launcher.picker.WaitForStatus(kSelectionGoneStatus.Now()));
+    EXPECT_TRUE(IsWindowVisible(launcher.picker.Window()));
+    EXPECT_EQ(launcher.ToolRuns(), toolRuns);
+}
+
+// An SDK exported by another build of the editor can be looked at, and its Mods imported or
+// removed, but nothing is started or created against it, not even by a double-click.
+TEST(ModFiles, AnSdkOfAnotherEditorBuildStartsAndCreatesNothing)
+{
+    Launcher launcher(L"mismatch");
+    ASSERT_TRUE(launcher.Started());
+    // The installed editor becomes another build; the next load finds the SDK does not fit it.
+    const Text modules = JoinPath(ParentPath(launcher.install.EditorExe()), L"UnrealEditor.modules");
+    Bytes text = testing::ReadFileBytes(modules);
+    const Bytes buildId = TextToUtf8(launcher.install.BuildId());
+    ASSERT_NE(text.find(buildId), Bytes::npos);
+    text.replace(text.find(buildId), buildId.size(), "another-build");
+    testing::WriteFileBytes(modules, text);
+    launcher.picker.Click(kRefreshId);
+    ASSERT_TRUE(launcher.picker.WaitForStatus(kBuildMismatchMessage.Now()));
+    EXPECT_EQ(launcher.Rows(), launcher.install.ModCount()) << "its Mods are shown";
+    ASSERT_FALSE(launcher.Select(0).empty());
+    for (const auto& [id, enabled] : {std::pair(kStartEditingId, false), std::pair(kNewModId, false),
+             std::pair(kImportModId, true), std::pair(kDeleteModId, true)}) {
+        EXPECT_EQ(IsWindowEnabled(launcher.picker.Control(id)) != FALSE, enabled) << id;
+    }
+    const std::size_t toolRuns = launcher.ToolRuns();
+    launcher.picker.ClickRow(0, true);
+    PostMessageW(launcher.picker.Window(), WM_COMMAND, MAKEWPARAM(kNewModId, BN_CLICKED), 0);
+    ASSERT_TRUE(launcher.picker.Drain());
+    EXPECT_TRUE(IsWindowVisible(launcher.picker.Window()));
+    EXPECT_EQ(testing::FindVisibleWindow(launcher.Process().Id(), L"KorvaneLauncherForm"), nullptr);
+    EXPECT_EQ(launcher.ToolRuns(), toolRuns);
+    EXPECT_EQ(launcher.Status(), kBuildMismatchMessage.Now());
 }
 
 TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)

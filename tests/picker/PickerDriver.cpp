@@ -68,6 +68,19 @@ bool PickerProcess::Settle() const
     return SendMessageTimeoutW(window_, WM_NULL, 0, 0, SMTO_BLOCK, 60000, &ignored) != 0;
 }
 
+bool PickerProcess::Drain() const
+{
+    // Posted messages are taken in order: once a marker posted behind them has taken effect, they
+    // all have. The marker moves the search field's text limit by one, and is then undone.
+    const HWND search = Control(kSearchEditId);
+    const LRESULT limit = SendMessageW(search, EM_GETLIMITTEXT, 0, 0);
+    PostMessageW(search, EM_SETLIMITTEXT, static_cast<WPARAM>(limit ^ 1), 0);
+    const bool drained =
+        WaitUntil(process_, [&] { return SendMessageW(search, EM_GETLIMITTEXT, 0, 0) == (limit ^ 1); });
+    SendMessageW(search, EM_SETLIMITTEXT, static_cast<WPARAM>(limit), 0);
+    return drained && Settle();
+}
+
 bool PickerProcess::WaitForStatus(TextView status, DWORD timeoutMs)
 {
     // The status line itself, not the report: a read of the report at the moment the launcher

@@ -44,6 +44,8 @@ public:
     // Waits until the picker's window thread has finished what it was doing: a message sent now
     // is taken only between commands.
     bool Settle() const;
+    // Waits until every message posted to the picker so far has been dealt with.
+    bool Drain() const;
     // Waits until the status line reads `status` and the command that wrote it is done.
     bool WaitForStatus(TextView status, DWORD timeoutMs = 60000);
     // The next box the launcher shows, answered with `button`; empty when none came.

@@ -212,12 +212,50 @@ TEST_F(PickerPreview, AShownPreviewPlacesItsControlsAsTheLayoutDoesAndRefusesEve
         picker->Click(id);
         EXPECT_TRUE(picker->WaitForStatus(status)) << "button " << id << " left " << TextToUtf8(picker->TextOf(kStatusLineId));
     }
+
     PostMessageW(window, WM_CLOSE, 0, 0);
     EXPECT_EQ(picker->WaitForExit(), 0u);
     const JsonValue report = picker->Report();
     EXPECT_GT(std::stoi(Member(report, L"paintCount").text), 0);
     EXPECT_GT(std::stoi(Member(report, L"firstPaintMs").text), 0);
     EXPECT_EQ(Member(report, L"windowVisible").text, L"true");
+}
+
+TEST_F(PickerPreview, TheListScrollsThreeRowsANotchAndByItsGripWithoutSelecting)
+{
+    ScratchDirectory out(L"picker-preview-scroll");
+    Text mods;
+    for (int index = 0; index < 20; ++index) {
+        mods += Text(index == 0 ? L"" : L",") + LR"({"id":"mod.)" + DecimalText(index) + LR"(","name":"Mod )" +
+            DecimalText(index) + LR"(","modProject":"C:\\Mods\\)" + DecimalText(index) + LR"(.umod"})";
+    }
+    testing::WriteFileText(out / L"fixture.json", LR"({"gameId":"skyhaven","mods":[)" + mods + L"]}");
+    const auto picker = StartPreview(out, {L"-KorvanePickerFixture=" + out / L"fixture.json"});
+    ASSERT_TRUE(picker->WaitForWindow());
+    ASSERT_TRUE(picker->WaitForStatus(L"20 Mods"));
+
+    // The drag keeps the grip only while the button is down.
+    const HWND list = picker->Control(kModListId);
+    const auto top = [list] { return SendMessageW(list, LB_GETTOPINDEX, 0, 0); };
+    const LRESULT selected = SendMessageW(list, LB_GETCURSEL, 0, 0);
+    RECT listClient{};
+    GetClientRect(list, &listClient);
+    const LRESULT lastTop = 20 - listClient.bottom / SendMessageW(list, LB_GETITEMHEIGHT, 0, 0);
+    ASSERT_GT(lastTop, 6);
+    SendMessageW(list, WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-2 * WHEEL_DELTA)), 0);
+    EXPECT_EQ(top(), 6);
+    SendMessageW(list, WM_MOUSEWHEEL, MAKEWPARAM(0, 3 * WHEEL_DELTA), 0);
+    EXPECT_EQ(top(), 0);
+    const WORD grip = static_cast<WORD>(listClient.right - 2);
+    SendMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(grip, 0));
+    SendMessageW(list, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(grip, 3 * listClient.bottom));
+    EXPECT_EQ(top(), lastTop);
+    SendMessageW(list, WM_LBUTTONUP, 0, MAKELPARAM(grip, 3 * listClient.bottom));
+    SendMessageW(list, WM_MOUSEMOVE, 0, MAKELPARAM(grip, 0));
+    EXPECT_EQ(top(), lastTop);
+    EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), selected);
+    PostMessageW(picker->Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(picker->WaitForExit(), 0u);
 }
 
 TEST_F(PickerPreview, AFixtureWithoutUsableModsGivesAnEmptyListAndAnUnreadableOneTheToolResultMessage)
