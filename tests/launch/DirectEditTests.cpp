@@ -12,6 +12,7 @@
 #include "foundation/UniqueResource.h"
 #include "launch/LaunchEditor.h"
 #include "launch/LaunchErrors.h"
+#include "launch/SessionGate.h"
 #include "tool/ToolMessages.h"
 #include "tool/ToolOutcome.h"
 
@@ -38,6 +39,14 @@ std::vector<Text> DirectEditArguments(const SampleInstall& install, std::vector<
 ChildProcess StartLauncher(const SampleInstall& install, const std::vector<Text>& arguments)
 {
     return ChildProcess::Start(install.Launcher(), arguments, {.currentDirectory = install.Root(), .hidden = false});
+}
+
+// Waits until the launcher has seen its editor stand, and so closed its progress window: an editor
+// closed before that has failed to start.
+bool WaitUntilTheEditorStands(ChildProcess& launcher)
+{
+    return testing::WaitUntil(
+        launcher, [&] { return testing::FindVisibleWindow(launcher.Id(), L"KorvaneStartupProgress") == nullptr; });
 }
 
 // A tool or editor that cannot be started ends in its message and exit code 6. The report of the
@@ -191,6 +200,7 @@ TEST(DirectEdit, OneSessionAtATimeAmongConcurrentLaunchers)
     const HWND editorWindow =
         testing::WaitForVisibleWindow(testing::ProcessIdsOf(records)[0], winner->Handle(), L"UnrealWindow");
     ASSERT_NE(editorWindow, nullptr);
+    ASSERT_TRUE(WaitUntilTheEditorStands(*winner));
     PostMessageW(editorWindow, WM_CLOSE, 0, 0);
     ASSERT_TRUE(winner->Wait(60000));
     EXPECT_EQ(winner->ExitCode(), 5u) << "the editor's exit code is the launcher's";
@@ -273,6 +283,43 @@ TEST(DirectEdit, ASourceConflictIsAskedDuringTheLaunchAndACancelMeanwhileSettles
             EXPECT_EQ(commands, (std::vector<Text>{L"list-sources", L"prepare", L"resolve-source", L"prepare"}));
         }
     }
+}
+
+// An author who switches Mods in the editor: the editor starts a launcher of its install naming
+// itself, and closes. That launcher waits for the editor and for the launcher that started it,
+// then takes the session over and opens its picker. (The earlier launcher is made to linger here
+// by another handle on its session, so that the new one surely finds it still ending.)
+TEST(DirectEdit, AnEditorThatSwitchesModsHandsTheSessionOnToTheLauncherItStarts)
+{
+    SampleInstall install(L"direct-edit-switch");
+    install.SetEditorScenario(LR"({"mode":"waitForSelf","exitCode":3,"launcherArguments":["-KorvaneEmptyHost"]})");
+    ChildProcess first = StartLauncher(install, DirectEditArguments(install));
+    ASSERT_TRUE(testing::WaitUntil(first, [&] { return !install.EditorRecords().empty(); }));
+    const DWORD editorId = testing::ProcessIdsOf(install.EditorRecords())[0];
+    const HWND editorWindow = testing::WaitForVisibleWindow(editorId, first.Handle(), L"UnrealWindow");
+    ASSERT_NE(editorWindow, nullptr);
+    std::vector<DWORD> next;
+    ASSERT_TRUE(testing::WaitUntil(first, [&] {
+        return !(next = testing::ProcessesNamed(L"KorvaneEditor.exe", editorId)).empty();
+    }));
+    const UniqueHandle second(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, next[0]));
+    ASSERT_TRUE(second);
+    EXPECT_EQ(testing::FindVisibleWindow(next[0], L"KorvaneLauncherWindow"), nullptr) << "while the editor runs";
+
+    UniqueHandle lingering(CreateEventW(nullptr, TRUE, FALSE, kLauncherSessionEventName));
+    ASSERT_TRUE(WaitUntilTheEditorStands(first));
+    PostMessageW(editorWindow, WM_CLOSE, 0, 0);
+    ASSERT_TRUE(first.Wait(60000));
+    EXPECT_EQ(first.ExitCode(), 3u);
+    EXPECT_FALSE(testing::WaitForMessageBox(next[0], second.Get(), 1000).has_value()) << "gave up on the launcher";
+    lingering.Reset();
+    const HWND picker = testing::WaitForVisibleWindow(next[0], second.Get(), L"KorvaneLauncherWindow");
+    ASSERT_NE(picker, nullptr) << "the new launcher went on";
+    PostMessageW(picker, WM_CLOSE, 0, 0);
+    ASSERT_EQ(WaitForSingleObject(second.Get(), 60000), WAIT_OBJECT_0);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(second.Get(), &exitCode);
+    EXPECT_EQ(exitCode, 0u);
 }
 
 // Counts the open handles of this process by probing the handle table: Wine answers

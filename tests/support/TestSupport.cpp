@@ -280,7 +280,7 @@ DWORD LauncherInstall::Run(const std::vector<Text>& arguments) const
     return result.exitCode;
 }
 
-std::vector<DWORD> ProcessesNamed(TextView fileName)
+std::vector<DWORD> ProcessesNamed(TextView fileName, std::optional<DWORD> parentId)
 {
     std::vector<DWORD> ids;
     UniqueSnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
@@ -290,7 +290,7 @@ std::vector<DWORD> ProcessesNamed(TextView fileName)
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof(entry);
     for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more; more = Process32NextW(snapshot.Get(), &entry)) {
-        if (EqualsIgnoringCase(entry.szExeFile, fileName)) {
+        if (EqualsIgnoringCase(entry.szExeFile, fileName) && (!parentId || entry.th32ParentProcessID == *parentId)) {
             ids.push_back(entry.th32ProcessID);
         }
     }

@@ -171,8 +171,8 @@ ProcessResult RunProcess(TextView executable, const std::vector<Text>& arguments
 // The command line that CommandLineToArgvW splits back into `executable` and `arguments`.
 Text BuildCommandLine(TextView executable, const std::vector<Text>& arguments);
 
-// Process ids of all running processes whose image file name equals `fileName`
-// (case ignored), from a toolhelp snapshot.
-std::vector<DWORD> ProcessesNamed(TextView fileName);
+// Process ids of all running processes whose image file name equals `fileName` (case ignored),
+// and only the children of `parentId` when one is given, from a toolhelp snapshot.
+std::vector<DWORD> ProcessesNamed(TextView fileName, std::optional<DWORD> parentId = std::nullopt);
 
 }  // namespace korvane::testing
