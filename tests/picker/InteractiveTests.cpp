@@ -196,6 +196,12 @@ TEST(PickerLanguage, AChoiceIsSavedBeforeItShowsAndAnUnsavedOneIsTakenBack)
     EXPECT_EQ(SendMessageW(picker.Control(kLanguageComboId), CB_GETCURSEL, 0, 0), chinese) << "the combo shows it too";
     RemoveDirectoryW(settings.Path().c_str());
 
+    // An empty file is no settings file the editor wrote: it is left as it is, and so is Chinese.
+    settings.Set(Bytes());
+    ChooseLanguage(picker, L"English");
+    EXPECT_EQ(picker.TextOf(kStartEditingId), kStartEditingButton.In(true));
+    EXPECT_EQ(settings.Get(), Bytes());
+
     PostMessageW(picker.Window(), WM_CLOSE, 0, 0);
     EXPECT_EQ(picker.WaitForExit(), 0u);
 }

@@ -2,6 +2,7 @@
 // one in each language, where long texts stop, the moving bar, DPI changes, and every way to
 // cancel or close the window. Then the monitor's phase history and cache state, the report
 // drawn from them, and the two reports of -KorvaneStartupPreview run by the real launcher.
+#include "MessageBoxes.h"
 #include "ScreenPicture.h"
 #include "TestSupport.h"
 
@@ -260,6 +261,25 @@ TEST(StartupPreview, FirstReportHasAPaintAndTheLastTheValuesAsked)
     EXPECT_EQ(FindJsonMember(last, L"logoLoaded").text, L"true") << "the icon from the launcher's own resources";
     EXPECT_EQ(FindJsonMember(last, L"phase").text, L"say \"hi\" \\ \ttab") << "other control characters are dropped";
     EXPECT_EQ(FindJsonMember(last, L"cacheHit").kind, JsonKind::Null);
+}
+
+// With the picker preview asked for too, only the start-up preview runs (the picker's, without a
+// time of its own, would stay open). A report that cannot be written is no error.
+TEST(StartupPreview, RunsAloneAndEndsWellWhereverItsReportGoes)
+{
+    testing::ScratchDirectory scratch(L"preview-alone");
+    for (const Text& report : {scratch / L"startup.json", scratch / L"missing\\startup.json"}) {
+        const testing::RunEnd end = testing::WaitAnsweringBox(
+            testing::ChildProcess::Start(testing::BuiltLauncherPath(),
+                {L"-KorvanePickerPreview", L"-KorvaneStartupPreview", L"-KorvaneStartupReport=" + report,
+                    L"-KorvaneStartupPreviewMs=250"},
+                {.currentDirectory = {}, .hidden = false}),
+            30000);
+        EXPECT_EQ(end.exitCode, 0u) << TextToUtf8(report);
+        EXPECT_FALSE(end.box.has_value()) << TextToUtf8(report);
+    }
+    EXPECT_FALSE(FindJsonMember(ParseJson(testing::ReadFileBytes(scratch / L"startup.json")), L"phase").text.empty());
+    EXPECT_FALSE(testing::FileExists(scratch / L"missing"));
 }
 
 }  // namespace
