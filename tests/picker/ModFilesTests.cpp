@@ -454,6 +454,28 @@ TEST(ModFiles, AnSdkOfAnotherEditorBuildStartsAndCreatesNothing)
     EXPECT_EQ(launcher.Status(), kBuildMismatchMessage.Now());
 }
 
+// A chosen game folder empties the SDK field, so that its own SDK is found anew and loaded; a
+// cancelled chooser changes nothing.
+TEST(GameFolderChooser, AChosenFolderLoadsItsOwnSdkAndACancelledOneChangesNothing)
+{
+    Launcher launcher(L"game-folder");
+    ASSERT_TRUE(launcher.Started());
+    constexpr const wchar_t* kTitle = L"Korvane - Select Packaged Game Directory";
+    launcher.picker.Type(kSdkEditId, L"C:\\Elsewhere\\Other.kvsdk");
+    launcher.picker.Click(kChooseGameFolderId);
+    ASSERT_TRUE(AnswerFileChooser(launcher.Process(), kTitle, L""));
+    ASSERT_TRUE(launcher.picker.Drain());
+    EXPECT_EQ(launcher.picker.TextOf(kSdkEditId), L"C:\\Elsewhere\\Other.kvsdk");
+    EXPECT_EQ(launcher.Status(), kApplySelectionStatus.Now());
+
+    launcher.picker.Click(kChooseGameFolderId);
+    ASSERT_TRUE(AnswerFileChooser(launcher.Process(), kTitle, launcher.install.GameDirectory()));
+    ASSERT_TRUE(launcher.picker.WaitForStatus(ModCountText(launcher.install.ModCount())));
+    EXPECT_EQ(launcher.picker.TextOf(kSdkEditId), launcher.install.SdkPath());
+    EXPECT_EQ(launcher.picker.TextOf(kGameFolderEditId), launcher.install.GameDirectory());
+    EXPECT_EQ(launcher.ToolRuns(), 2u) << "the first load, then the chosen folder's";
+}
+
 TEST(ModFiles, ACommandThatMakesNoPackageLeavesTheListAndAUsablePicker)
 {
     Launcher launcher(L"no-package");
