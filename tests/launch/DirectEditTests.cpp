@@ -265,7 +265,7 @@ TEST(DirectEdit, ASourceConflictIsAskedDuringTheLaunchAndACancelMeanwhileSettles
             SendMessageTimeoutW(progress, WM_CLOSE, 0, 0, SMTO_NORMAL, 10000, nullptr);
         }
         testing::PressMessageBoxButton(question->window, IDYES);
-        testing::WaitUntil(launcher, [&] { return IsWindow(question->window) == FALSE; });
+        ASSERT_TRUE(testing::WaitUntil(launcher, [&] { return IsWindow(question->window) == FALSE; }));
         const testing::RunEnd end = testing::WaitAnsweringBox(std::move(launcher), 60000);
 
         std::vector<Text> commands;
